@@ -1,0 +1,25 @@
+// The case dialog: edits a copy of a model's case settings and may ask for the simulator to be started.
+// The controls and their rules are filled in with the dialog's front end; the model sees only the outcome.
+#pragma once
+
+#include <string>
+
+#include "case/CaseSettings.h"
+#include "platform/UserInterface.h"
+
+namespace rivulet {
+
+class CaseDlg final : public ModalDialog {
+public:
+    explicit CaseDlg(const CaseSettings& settings) { Edited.CopyFrom(settings); }
+
+    std::string Title() const override { return "tNavigator Case"; }
+    bool OnOk() override { return true; }
+
+    // The settings as the dialog leaves them.
+    CaseSettings Edited;
+    // Set when the user asked for the simulator to be started from the dialog.
+    bool StartRequested = false;
+};
+
+}  // namespace rivulet

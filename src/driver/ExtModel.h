@@ -1,0 +1,160 @@
+// One driver instance: a reservoir model on Conflux's canvas. It owns the case settings, the simulator
+// session, the reservoir data, the run's dates, the field totals and the inflow library's model, and guards
+// them with one re-entrant lock.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <fstream>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "case/CaseSettings.h"
+#include "driver/ExtInterface.h"
+#include "driver/ReservoirData.h"
+#include "platform/OleDate.h"
+#include "session/JobSession.h"
+
+namespace rivulet {
+
+// The ten field totals, in this order.
+enum FieldTotal : int {
+    kGasInjectionRate,
+    kWaterInjectionRate,
+    kGasInjectionTotal,
+    kWaterInjectionTotal,
+    kGasProductionRate,
+    kOilProductionRate,
+    kWaterProductionRate,
+    kGasProductionTotal,
+    kOilProductionTotal,
+    kWaterProductionTotal,
+    kFieldTotalCount
+};
+
+class CExtModel : public CExtInterface {
+public:
+    CExtModel();
+    ~CExtModel() override;
+
+    // Operations of the interface, in its order.
+    std::int32_t EditCase(HostWindow parent, std::int32_t* modified, tErrorRecord* err) override;
+    std::int32_t QueryReserved(std::uint32_t count, tErrorRecord* err) override;
+    std::int32_t Reserved2() override { return 0; }
+    std::int32_t Query(tQueryData* pstQueryData, std::uint32_t dwRelation, tErrorRecord* err) override;
+    std::int32_t QueryComp(tCompositionData* composition, tErrorRecord* err) override;
+    std::int32_t Initialise(tInitData* init, tErrorRecord* err) override;
+    std::int32_t Timestep(tTimestepData* step, tErrorRecord* err) override;
+    std::int32_t Reserved8(tErrorRecord*) override { return 0; }
+    std::int32_t GetIPR(_tGetSetData* data, tErrorRecord* err) override;
+    std::int32_t Reserved10() override { return 0; }
+    std::int32_t Reserved11() override { return 0; }
+    std::int32_t SetOpPt(_tGetSetData* data, tErrorRecord* err) override;
+    std::int32_t Reserved13() override { return 0; }
+    std::int32_t StopSimulator(tErrorRecord* err) override;
+    std::int32_t Stop() override;
+    std::int32_t SaveModelString(char* buffer, std::int32_t size, tErrorRecord* err) override;
+    std::int32_t LoadModelString(tLoadModelData* data, tErrorRecord* err) override;
+    std::int32_t SetTopLevelFile(tTopLevelFile* file, tErrorRecord* err) override;
+    std::int32_t StartSimulator(tStartData* start, tErrorRecord* err) override;
+    std::int32_t DrawIcon(HostWindow window, void* surface) override;
+    std::int32_t GetVar(tGetVarData* data, tErrorRecord* err) override;
+    std::int32_t SetVar(tSetVarData* data, tErrorRecord* err) override;
+    std::int32_t DoCmd(const char* command, tErrorRecord* err) override;
+    std::int32_t DoGetExtraNodeResults(tExtraNodeResult* result, tErrorRecord* err) override;
+    std::int32_t Reserved29() override { return 0; }
+    std::int32_t SaveToArchiveFile(void* unused, std::uint32_t count, tErrorRecord* err) override;
+    std::int32_t LoadFromArchiveFile(void* unused, std::uint32_t count, tErrorRecord* err) override;
+    std::int32_t Reserved33() override { return 0; }
+    std::int32_t SetCaseDirectory(const char* directory, tErrorRecord* err) override;
+    std::int32_t GetStartDate(tDate* date, tErrorRecord* err) override;
+    std::int32_t GetNextEvent(tDate* date, tErrorRecord* err) override;
+    std::int32_t Reserved37(void*, bool, tErrorRecord*) override { return 0; }
+    std::int32_t Reserved38(tErrorRecord*) override { return 0; }
+    std::int32_t Reserved39() override { return 0; }
+    std::int32_t QueryCompByStream(tCompositionData* composition, std::int32_t well, tErrorRecord* err) override;
+    std::int32_t SetArchiveFile(const char* path, bool load, tErrorRecord* err) override;
+    std::int32_t SetConnection(tSetConnectionData* data, tErrorRecord* err) override;
+    std::int32_t GetModMsg(char* buffer, std::int32_t length, tErrorRecord* err) override;
+    std::int32_t ImportComposition(HostWindow window, void* data, bool flag, tErrorRecord* err) override;
+    std::int32_t StartApp(std::int32_t unused, tErrorRecord* err) override;
+    std::int32_t StopApp() override;
+    std::int32_t GetFileListEntry(tFileListEntry* entry, std::uint32_t unused, tErrorRecord* err) override;
+
+    // Commands that are not operations of the interface.
+    std::int32_t SetAlias(const char* alias, tErrorRecord* err);
+    std::int32_t ViewCaseFile(tErrorRecord* err);
+    std::int32_t ViewLogFile(tErrorRecord* err);
+
+    // The inflow library's calibration drives the model through these (text to the start of `err`).
+    double ElapsedDays() const;
+    std::int32_t InitialiseForSimCalc(char* err);
+    std::int32_t SetWellCtrlForSimCalc(std::int32_t well, double rate, char* err);
+    std::int32_t GetWellRatesForSimCalc(std::int32_t well, _tGetSetData* data, char* err);
+
+    // The session exists and its manager reports a connection.
+    bool IsConnected() const;
+    // The session's job is running and the run has been initialised.
+    bool IsRunActive() const;
+
+    // Read access for the rest of the driver and for tests.
+    const std::string& GetAlias() const { return Alias; }
+    const CaseSettings& GetSettings() const { return Settings; }
+    CaseSettings& GetSettings() { return Settings; }
+    bool GetLoadedFromSave() const { return LoadedFromSave; }
+    bool GetRunInitialised() const { return RunInitialised; }
+    std::int32_t GetStepCount() const { return StepCount; }
+    std::uint32_t GetStartParam() const { return StartParam; }
+    const ReservoirData* GetReservoir() const { return Reservoir.get(); }
+    const CJobSession* GetSession() const { return Session.get(); }
+    void* GetIprModel() const { return IprModel; }
+    const std::string& GetArchiveFile() const { return ArchiveFile; }
+    const std::string& GetModelPath() const { return ModelPath; }
+    OleDate CurrentDateTime() const { return CurrentDate; }
+    OleDate StartDateTime() const { return StartDate; }
+    OleDate EndDateTime() const { return EndDate; }
+    OleDate ReportDateTime() const { return ReportDate; }
+
+private:
+    using Guard = std::lock_guard<std::recursive_mutex>;
+
+    void ResetRun();
+    void CreateSession(std::string& error);
+    // The start steps shared by StartSimulator and Initialise; the caller holds the lock.
+    std::int32_t StartRun(std::uint32_t startParam, const std::string& connectedWells, tErrorRecord* err);
+    void ReadModelDates();
+    // Refuses a host end date beyond the deck's end; fails silently with no session.
+    bool CheckEndDate(const tDate* target, tErrorRecord* err) const;
+    void UpdateFieldTotals();
+    void RegisterIprWells();
+    // Opens a file through the shell after the checks shared by the two view commands.
+    std::int32_t CheckViewable() const;
+    std::int32_t ViewFile(const std::string& path) const;
+
+    std::string Alias;
+    bool LoadedFromSave = false;
+    OleDate CurrentDate;
+    OleDate EndDate;
+    OleDate StartDate;
+    OleDate ReportDate;
+    OleDate SpareDate;
+    CaseSettings Settings;
+    std::unique_ptr<CJobSession> Session;
+    std::int32_t StepCount = 0;
+    void* IprModel = nullptr;
+    std::fstream ScratchFile;
+    std::string ArchiveFile;
+    mutable std::recursive_mutex Lock;
+    std::uint32_t StartParam = 0;
+    bool RunInitialised = false;
+    std::unique_ptr<ReservoirData> Reservoir;
+    std::string ModelPath;
+    std::array<double, kFieldTotalCount> FieldTotals{};
+    std::map<std::string, bool> GasWellMap;
+    HostTextCallback ProgressCallback = nullptr;
+    HostTextCallback StatusCallback = nullptr;
+};
+
+}  // namespace rivulet

@@ -1,0 +1,28 @@
+// The process-wide application object: it owns the record of live model instances.
+#pragma once
+
+#include <cstddef>
+#include <set>
+
+namespace rivulet {
+
+class CExtModel;
+
+class CRivuletApp {
+public:
+    // Inserts a live instance; a null pointer or one already present is refused without effect.
+    bool RegisterInstance(CExtModel* model);
+    // Removes an instance; no effect if it is absent.
+    void UnregisterInstance(CExtModel* model);
+    bool IsRegistered(const CExtModel* model) const { return Instances.count(const_cast<CExtModel*>(model)) != 0; }
+    std::size_t InstanceCount() const { return Instances.size(); }
+
+private:
+    // Ordered by pointer value. Insert and remove only: nothing walks it. No lock: the host creates and
+    // destroys instances from its main thread.
+    std::set<CExtModel*> Instances;
+};
+
+CRivuletApp& TheApp();
+
+}  // namespace rivulet

@@ -1,0 +1,62 @@
+// Date-times as automation dates: days from 30 December 1899 (day 1.0 is 31 December 1899), with the
+// time of day as the fraction. Before day 0 the whole days run backwards while the fraction runs forwards,
+// so -1.25 is 29 December 1899 at 06:00.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace rivulet {
+
+enum class DateStatus : std::int32_t { Valid = 0, Invalid = 1, Null = 2 };
+
+struct CalendarTime {
+    int year = 0;
+    int month = 0;  // 1 to 12
+    int day = 0;    // 1 to 31
+    int hour = 0;
+    int minute = 0;
+    int second = 0;
+};
+
+class OleDate {
+public:
+    static constexpr double kHalfSecond = 1.0 / 172800.0;
+    static constexpr double kMaxSpanDays = 3615897.0;
+
+    OleDate() = default;
+    static OleDate Null() { return {}; }
+    static OleDate Invalid() { return OleDate(0.0, DateStatus::Invalid); }
+    static OleDate FromDays(double days) { return OleDate(days, DateStatus::Valid); }
+    // Midnight-based calendar fields to a date; an impossible day gives an invalid date.
+    static OleDate FromCalendar(const CalendarTime& time);
+    // The machine's local time now, or an invalid date if it cannot be had.
+    static OleDate LocalNow();
+
+    double Days() const { return days_; }
+    DateStatus Status() const { return status_; }
+    bool IsValid() const { return status_ == DateStatus::Valid; }
+    bool IsNull() const { return status_ == DateStatus::Null; }
+
+    // Calendar fields, rounded to the nearest second; empty for a date that is not valid or out of range.
+    std::optional<CalendarTime> ToCalendar() const;
+    // The date in the user's locale format ("%x" under LC_TIME); empty when it cannot be formatted.
+    std::string FormatLocale() const;
+
+    // The date on a continuous axis: a negative day number has its fraction turned to run forwards.
+    static double Continuous(double days);
+
+    // Equal within half a second, after folding; dates that are not valid are equal only in status.
+    bool operator==(const OleDate& other) const;
+    bool operator<(const OleDate& other) const;
+    bool operator>(const OleDate& other) const { return other < *this; }
+
+private:
+    OleDate(double days, DateStatus status) : days_(days), status_(status) {}
+
+    double days_ = 0.0;
+    DateStatus status_ = DateStatus::Null;
+};
+
+}  // namespace rivulet
