@@ -1,0 +1,226 @@
+// A model without a simulator: dialogs, view commands, the moved-case search and the inflow library hook-up.
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "case/CaseDlg.h"
+#include "driver/ExtModel.h"
+#include "inflowkit/InflowKit.h"
+#include "platform/ShellOpener.h"
+#include "platform/UserInterface.h"
+
+namespace rivulet {
+namespace {
+
+namespace fs = std::filesystem;
+
+class ScriptedUserInterface : public UserInterface {
+public:
+    DialogAnswer answer = DialogAnswer::Cancel;
+    bool requestStart = false;
+    std::vector<std::string> messages;
+
+    void ShowMessage(const std::string& text, MessageIcon) override { messages.push_back(text); }
+    DialogAnswer RunModal(std::uint64_t, ModalDialog& dialog) override {
+        if (auto* caseDialog = dynamic_cast<CaseDlg*>(&dialog)) {
+            caseDialog->Edited.FileName = "/edited/CASE.DATA";
+            caseDialog->StartRequested = requestStart;
+        }
+        return answer;
+    }
+};
+
+class RecordingShell : public ShellOpener {
+public:
+    std::vector<std::string> tries;  // "how:path:dir"
+    std::string succeedWith;         // which way succeeds; empty: none does
+
+    bool Try(const char* how, const std::string& path, const std::string& dir) {
+        tries.push_back(std::string(how) + ":" + path + ":" + dir);
+        return succeedWith == how;
+    }
+    bool OpenByAssociation(const std::string& p, const std::string& d) override { return Try("association", p, d); }
+    bool OpenThroughDesktop(const std::string& p, const std::string& d) override { return Try("desktop", p, d); }
+    bool OpenInTerminalEditor(const std::string& p, const std::string& d) override { return Try("terminal", p, d); }
+};
+
+class ModelWithFakes : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ui = std::make_shared<ScriptedUserInterface>();
+        shell = std::make_shared<RecordingShell>();
+        InstallUserInterface(ui);
+        InstallShellOpener(shell);
+        dir = fs::temp_directory_path() / ("rivulet-model-" + std::to_string(::getpid()));
+        fs::create_directories(dir / "RESULTS");
+    }
+    void TearDown() override {
+        InstallUserInterface(nullptr);
+        InstallShellOpener(nullptr);
+        fs::remove_all(dir);
+    }
+    std::string Touch(const fs::path& path) {
+        std::ofstream(path) << "x";
+        return path.string();
+    }
+
+    std::shared_ptr<ScriptedUserInterface> ui;
+    std::shared_ptr<RecordingShell> shell;
+    fs::path dir;
+    CExtModel model;
+};
+
+TEST_F(ModelWithFakes, EditCaseCancelledLeavesTheCaseAndAnswersMinusOne) {
+    std::int32_t modified = 7;
+    EXPECT_EQ(model.EditCase(0, &modified, nullptr), -1);
+    EXPECT_EQ(modified, 0);
+    EXPECT_TRUE(model.GetSettings().FileName.empty());
+    EXPECT_EQ(model.EditCase(0, nullptr, nullptr), -1);  // no flag to set is no fault
+}
+
+TEST_F(ModelWithFakes, EditCaseConfirmedTakesTheSettingsAndReportsAChangeOnlyWhenAStartWasAsked) {
+    ui->answer = DialogAnswer::Ok;
+    std::int32_t modified = 7;
+    EXPECT_EQ(model.EditCase(0, &modified, nullptr), 0);
+    EXPECT_EQ(modified, 0);
+    EXPECT_EQ(model.GetSettings().FileName, "/edited/CASE.DATA");
+
+    ui->requestStart = true;
+    EXPECT_EQ(model.EditCase(0, &modified, nullptr), 0);
+    EXPECT_EQ(modified, 1);
+    EXPECT_FALSE(model.GetLoadedFromSave());
+}
+
+TEST_F(ModelWithFakes, ViewCommandsRefuseACaseThatIsNotReady) {
+    EXPECT_EQ(model.ViewCaseFile(nullptr), 1);
+    model.GetSettings().FileName = "/x/CASE.DATA";
+    model.GetSettings().IsLocalMachine = false;
+    EXPECT_EQ(model.ViewLogFile(nullptr), 1);
+    ASSERT_EQ(ui->messages.size(), 2u);
+    EXPECT_EQ(ui->messages[0], "No case has been specified");
+    EXPECT_EQ(ui->messages[1],
+              "The \"Case file's directory as viewed by your Local machine\" has not been defined.");
+    EXPECT_TRUE(shell->tries.empty());
+}
+
+TEST_F(ModelWithFakes, LocalCaseFileIsOpenedByAssociationFirstThenTheOtherWays) {
+    model.GetSettings().FileName = Touch(dir / "CASE.DATA");
+    shell->succeedWith = "terminal";
+    EXPECT_EQ(model.ViewCaseFile(nullptr), 0);
+    const std::string where = (dir / "CASE.DATA").string() + ":" + dir.string() + "/";
+    EXPECT_EQ(shell->tries, (std::vector<std::string>{"association:" + where, "desktop:" + where,
+                                                      "terminal:" + where}));
+}
+
+TEST_F(ModelWithFakes, ClusterCaseFileIsOpenedInTheEditorFirstFromTheLocalView) {
+    model.GetSettings().IsLocalMachine = false;
+    model.GetSettings().FileName = "/cluster/path/CASE.DATA";
+    model.GetSettings().WindowsEquivDir = dir.string() + "/";
+    Touch(dir / "CASE.DATA");
+    shell->succeedWith = "association";
+    EXPECT_EQ(model.ViewCaseFile(nullptr), 0);
+    ASSERT_EQ(shell->tries.size(), 2u);
+    EXPECT_EQ(shell->tries[0].substr(0, 9), "terminal:");
+    EXPECT_NE(shell->tries[0].find((dir / "CASE.DATA").string()), std::string::npos);
+}
+
+TEST_F(ModelWithFakes, LogFileIsFoundUnderResultsOrElseBesideTheCase) {
+    model.GetSettings().FileName = Touch(dir / "CASE.DATA");
+    shell->succeedWith = "association";
+    Touch(dir / "CASE.log");
+    EXPECT_EQ(model.ViewLogFile(nullptr), 0);
+    EXPECT_NE(shell->tries.back().find((dir / "CASE.log").string() + ":"), std::string::npos);
+
+    Touch(dir / "RESULTS" / "CASE.log");
+    EXPECT_EQ(model.ViewLogFile(nullptr), 0);
+    EXPECT_NE(shell->tries.back().find((dir / "RESULTS" / "CASE.log").string()), std::string::npos);
+}
+
+TEST_F(ModelWithFakes, AMissingFileOrNoWayToOpenItIsShownAndFails) {
+    model.GetSettings().FileName = (dir / "GONE.DATA").string();
+    EXPECT_EQ(model.ViewCaseFile(nullptr), 1);
+    EXPECT_EQ(ui->messages.back(), "The file <" + (dir / "GONE.DATA").string() + "> could not be found");
+
+    model.GetSettings().FileName = Touch(dir / "CASE.DATA");
+    EXPECT_EQ(model.ViewCaseFile(nullptr), 1);
+    EXPECT_EQ(ui->messages.back(), "No suitable Windows application to open this file could be found");
+    EXPECT_EQ(shell->tries.size(), 3u);
+}
+
+TEST_F(ModelWithFakes, ALoadedLocalCaseFindsItsDeckBesideTheMovedModel) {
+    CExtModel source;
+    source.GetSettings().FileName = "/old/place/SPE1.DATA";
+    std::vector<char> saved(4096);
+    tErrorRecord err{};
+    ASSERT_EQ(source.SaveModelString(saved.data(), static_cast<std::int32_t>(saved.size()), &err), 0);
+
+    auto data = std::make_unique<tLoadModelData>();
+    std::memset(data.get(), 0, sizeof(tLoadModelData));
+    std::memcpy(data->acModelString, saved.data(), saved.size());
+    data->iLength = static_cast<std::int32_t>(saved.size());
+    const std::string modelPath = (dir / "case.cfx").string();
+    data->pszModelPath = modelPath.c_str();
+
+    ASSERT_EQ(model.LoadModelString(data.get(), &err), 0);
+    EXPECT_EQ(model.GetSettings().FileName, "/old/place/SPE1.DATA");  // nothing beside the model yet
+
+    const std::string moved = Touch(dir / "SPE1.DATA");
+    ASSERT_EQ(model.LoadModelString(data.get(), &err), 0);
+    EXPECT_EQ(model.GetSettings().FileName, moved);
+    EXPECT_TRUE(model.GetLoadedFromSave());
+    EXPECT_EQ(model.GetModelPath(), modelPath);
+
+    data->dwNoCaseSearch = 1;  // the host may turn the search off
+    ASSERT_EQ(model.LoadModelString(data.get(), &err), 0);
+    EXPECT_EQ(model.GetSettings().FileName, "/old/place/SPE1.DATA");
+}
+
+TEST(CExtModel, HandsTheInflowLibraryItselfAsContextAndAllSixCallbacks) {
+    CExtModel model;
+    ASSERT_NE(model.GetIprModel(), nullptr);
+    EXPECT_EQ(InflowKitInspectContext(model.GetIprModel()), &model);
+    IPRElapsedTimeCallback elapsed = nullptr;
+    IPRInitialiseForSimCalcCallback init = nullptr;
+    IPRSetWellCtrlForSimCalcCallback setWell = nullptr;
+    IPRRunToForSimCalcCallback runTo = nullptr;
+    IPRGetWellBlockIPRForSimCalcCallback blockIpr = nullptr;
+    IPRGetWellRatesForSimCalcCallback rates = nullptr;
+    ASSERT_EQ(InflowKitInspectCallbacks(model.GetIprModel(), &elapsed, &init, &setWell, &runTo, &blockIpr, &rates), 1);
+    ASSERT_TRUE(elapsed && init && setWell && runTo && blockIpr && rates);
+
+    // Through the callbacks a fresh model answers with the callbacks' own texts, at the buffer's start.
+    char err[300] = {};
+    EXPECT_EQ(setWell(&model, 0, 1.0, err), 1);
+    EXPECT_STREQ(err, "SetWellCtrlForSimCalc() was called before simulator is ready for data.");
+    EXPECT_EQ(rates(&model, 0, nullptr, err), 1);
+    EXPECT_STREQ(err, "A null item was sent to GetWellRatesForSimCalc()");
+    EXPECT_EQ(blockIpr(nullptr, 0, nullptr, err), 1);
+    EXPECT_STREQ(err, "A null item was sent to GetWellBlockIPRForSimCalc()");
+    EXPECT_EQ(runTo(&model, 1.0, nullptr), 1);  // a null buffer is a failure with nothing written
+}
+
+TEST(CExtInterface, BaseOperationsKeepTheirFixedAnswers) {
+    CExtModel model;
+    CExtInterface& base = model;
+    unsigned char record[64];
+    std::memset(record, 0xAB, sizeof(record));
+    EXPECT_EQ(base.Reserved22(record, nullptr), -1);
+    for (int i = 0; i < 64; ++i) EXPECT_EQ(record[i], (i >= 16 && i < 24) ? 0 : 0xAB) << "byte " << i;
+    tErrorRecord err{};
+    EXPECT_EQ(base.ConnectToApplication(1, 2, &err), 1);
+    EXPECT_STREQ(err.szText, "ConnectToApplication is not implemented");
+    EXPECT_EQ(base.Reserved23(), -1);
+    EXPECT_EQ(base.Reserved26(), -1);
+    EXPECT_EQ(base.Reserved7(), 0);
+    EXPECT_EQ(base.QueryReserved(12345, nullptr), -999);
+}
+
+}  // namespace
+}  // namespace rivulet

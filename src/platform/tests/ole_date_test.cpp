@@ -1,0 +1,58 @@
+// Automation dates: the calendar both ways, negative days, equality within half a second.
+#include <gtest/gtest.h>
+
+#include "platform/OleDate.h"
+
+namespace rivulet {
+namespace {
+
+TEST(OleDate, CalendarDaysMatchTheAutomationEpoch) {
+    EXPECT_DOUBLE_EQ(OleDate::FromCalendar({1899, 12, 30, 0, 0, 0}).Days(), 0.0);
+    EXPECT_DOUBLE_EQ(OleDate::FromCalendar({1899, 12, 31, 0, 0, 0}).Days(), 1.0);
+    EXPECT_DOUBLE_EQ(OleDate::FromCalendar({1900, 3, 1, 0, 0, 0}).Days(), 61.0);  // no 29 February 1900
+    EXPECT_DOUBLE_EQ(OleDate::FromCalendar({2000, 1, 1, 12, 0, 0}).Days(), 36526.5);
+    EXPECT_DOUBLE_EQ(OleDate::FromCalendar({1899, 12, 29, 6, 0, 0}).Days(), -1.25);  // fraction runs forward
+}
+
+TEST(OleDate, ImpossibleCalendarDaysAreInvalid) {
+    EXPECT_FALSE(OleDate::FromCalendar({2023, 2, 29, 0, 0, 0}).IsValid());
+    EXPECT_FALSE(OleDate::FromCalendar({2023, 4, 31, 0, 0, 0}).IsValid());
+    EXPECT_FALSE(OleDate::FromCalendar({2023, 13, 1, 0, 0, 0}).IsValid());
+    EXPECT_TRUE(OleDate::FromCalendar({2024, 2, 29, 0, 0, 0}).IsValid());
+}
+
+TEST(OleDate, RoundTripsThroughTheCalendarToTheNearestSecond) {
+    for (const double days : {0.0, 1.5, -1.25, -400.75, 36526.5, 45000.123456, 2958465.0}) {
+        const auto t = OleDate::FromDays(days).ToCalendar();
+        ASSERT_TRUE(t.has_value()) << days;
+        EXPECT_NEAR(OleDate::FromCalendar(*t).Days(), days, 0.5 / 86400.0) << days;
+    }
+    const auto late = OleDate::FromDays(1.0 + 86399.6 / 86400.0).ToCalendar();  // rounds up to midnight
+    ASSERT_TRUE(late.has_value());
+    EXPECT_EQ(late->day, 1);
+    EXPECT_EQ(late->month, 1);
+    EXPECT_EQ(late->year, 1900);
+    EXPECT_EQ(late->hour, 0);
+}
+
+TEST(OleDate, EqualityAllowsHalfASecondAfterFoldingNegativeDays) {
+    const double halfSecond = 1.0 / 172800.0;
+    EXPECT_EQ(OleDate::FromDays(100.0), OleDate::FromDays(100.0 + 0.9 * halfSecond));
+    EXPECT_FALSE(OleDate::FromDays(100.0) == OleDate::FromDays(100.0 + 1.1 * halfSecond));
+    // -1.25 is 29 December 06:00 and -1.75 the same day at 18:00: later, though the number is smaller.
+    EXPECT_TRUE(OleDate::FromDays(-1.25) < OleDate::FromDays(-1.75));
+    EXPECT_TRUE(OleDate::FromDays(-1.75) < OleDate::FromDays(-0.5));
+    EXPECT_TRUE(OleDate::FromDays(-2.0) < OleDate::FromDays(-1.25));
+    EXPECT_FALSE(OleDate::FromDays(-1.75) < OleDate::FromDays(-1.25));
+}
+
+TEST(OleDate, NullAndInvalidAreNeitherBeforeNorAfterAnything) {
+    EXPECT_FALSE(OleDate::Null() < OleDate::FromDays(1.0));
+    EXPECT_FALSE(OleDate::FromDays(1.0) < OleDate::Invalid());
+    EXPECT_EQ(OleDate::Null(), OleDate::Null());
+    EXPECT_FALSE(OleDate::Null() == OleDate::FromDays(0.0));
+    EXPECT_FALSE(OleDate::FromDays(5e7).ToCalendar().has_value());
+}
+
+}  // namespace
+}  // namespace rivulet
