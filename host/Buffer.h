@@ -10,7 +10,7 @@
 namespace host {
 
 class Buffer {
-public:
+  public:
     explicit Buffer(std::size_t size, std::uint8_t fill = 0) : bytes_(size, fill) {}
 
     template <typename T>
@@ -38,7 +38,7 @@ public:
     std::uint64_t Address() { return reinterpret_cast<std::uintptr_t>(bytes_.data()); }
     const std::vector<std::uint8_t>& Bytes() const { return bytes_; }
 
-private:
+  private:
     std::vector<std::uint8_t> bytes_;
 };
 

@@ -15,12 +15,12 @@ struct ErrorRecord {
 static_assert(sizeof(ErrorRecord) == 264);
 
 class PluginError : public std::runtime_error {
-public:
+  public:
     using std::runtime_error::runtime_error;
 };
 
 class Plugin {
-public:
+  public:
     using IdentifyFn = std::uint32_t (*)(void* ident, ErrorRecord* err);
     using CreateFn = std::uint32_t (*)(void** instance, ErrorRecord* err);
     using DestroyFn = std::uint32_t (*)(void* instance, ErrorRecord* err);
@@ -31,7 +31,8 @@ public:
     using HelpFn = void (*)();
     using EquipXmlFn = std::uint32_t (*)(void* instance, const char* path, std::uint8_t noVariables,
                                          const char* const* wellFilter);
-    using ConnectToAppFn = std::uint32_t (*)(void* instance, std::uint32_t a, std::uint32_t b, ErrorRecord* err);
+    using ConnectToAppFn = std::uint32_t (*)(void* instance, std::uint32_t a, std::uint32_t b,
+                                             ErrorRecord* err);
     using StartAppFn = std::uint32_t (*)(void* instance, std::uint32_t a, ErrorRecord* err);
     using StopAppFn = std::uint32_t (*)(void* instance);
 
@@ -58,7 +59,7 @@ public:
     // The exported data symbol: the address of a writable function pointer.
     void** ShowDataServerString = nullptr;
 
-private:
+  private:
     void* Resolve(const char* name);
     void* handle_ = nullptr;
 };

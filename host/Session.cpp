@@ -26,11 +26,12 @@ enum Command : std::uint32_t {
 };
 
 class Driver {
-public:
+  public:
     Driver(Plugin& plugin, void* model) : plugin_(plugin), model_(model) {}
 
     // Sends one command and prints its answer: result and message.
-    std::int32_t Send(const char* label, std::uint32_t command, std::uint64_t argument = 0, std::uint32_t count = 0) {
+    std::int32_t Send(const char* label, std::uint32_t command, std::uint64_t argument = 0,
+                      std::uint32_t count = 0) {
         ErrorRecord err;
         const auto result = static_cast<std::int32_t>(plugin_.Cmd(model_, 0, command, argument, count, &err));
         std::printf("  %-26s cmd %-4u -> %4d", label, command, result);
@@ -39,7 +40,7 @@ public:
         return result;
     }
 
-private:
+  private:
     Plugin& plugin_;
     void* model_;
 };
@@ -85,8 +86,8 @@ int RunSession(Plugin& plugin, const std::string& casePath) {
 
     Buffer entry(1804);
     expect(driver.Send("GetFileListEntry", kGetFileListEntry, entry.Address()) == 0);
-    std::printf("    file \"%s\" (%s), options \"%s\"\n", entry.Text(8, 256).c_str(), entry.Text(264, 256).c_str(),
-                entry.Text(777, 1024).c_str());
+    std::printf("    file \"%s\" (%s), options \"%s\"\n", entry.Text(8, 256).c_str(),
+                entry.Text(264, 256).c_str(), entry.Text(777, 1024).c_str());
 
     Buffer message(512);
     expect(driver.Send("GetModMsg", kGetModMsg, message.Address(), 511) == 0);

@@ -10,7 +10,7 @@
 namespace rivulet {
 
 class CaseDlg final : public ModalDialog {
-public:
+  public:
     explicit CaseDlg(const CaseSettings& settings) { Edited.CopyFrom(settings); }
 
     std::string Title() const override { return "tNavigator Case"; }

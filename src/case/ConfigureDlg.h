@@ -9,7 +9,7 @@
 namespace rivulet {
 
 class CConfigureDlg final : public ModalDialog {
-public:
+  public:
     std::string Title() const override { return "tNavigator Configuration"; }
     bool OnOk() override { return true; }
 };

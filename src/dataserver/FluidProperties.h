@@ -6,7 +6,7 @@
 namespace rivulet {
 
 class FluidProperties {
-public:
+  public:
     // 1 isothermal black oil, 2 thermal black oil, 3 to 6 compositional; 0 when not set.
     std::int32_t modelType = 0;
     std::int32_t eosRegionCount = 0;

@@ -6,7 +6,7 @@
 namespace rivulet {
 
 class TNavUnitSystem {
-public:
+  public:
     std::string name;
     // Negative until a unit system has been read.
     double gasRateFactor = -1.0;

@@ -13,8 +13,8 @@ T* As(std::uint64_t argument) {
 
 }  // namespace
 
-std::int32_t DispatchCommand(CExtModel& model, std::uint64_t window, std::uint32_t command, std::uint64_t argument,
-                             std::uint32_t count, tErrorRecord* err) {
+std::int32_t DispatchCommand(CExtModel& model, std::uint64_t window, std::uint32_t command,
+                             std::uint64_t argument, std::uint32_t count, tErrorRecord* err) {
     // Operations are reached through the interface, as the host sees them.
     CExtInterface& ops = model;
     if (command > kViewCaseFileCommand) return command == kViewLogFileCommand ? model.ViewLogFile(err) : 0;
@@ -48,7 +48,8 @@ std::int32_t DispatchCommand(CExtModel& model, std::uint64_t window, std::uint32
         case 16:
             return ops.GetFileListEntry(As<tFileListEntry>(argument), count, err);
         case 18:
-            return ops.QueryCompByStream(As<tCompositionData>(argument), static_cast<std::int32_t>(count), err);
+            return ops.QueryCompByStream(As<tCompositionData>(argument), static_cast<std::int32_t>(count),
+                                         err);
         case 19:
             return ops.SetConnection(As<tSetConnectionData>(argument), err);
         case 20:

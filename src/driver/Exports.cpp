@@ -19,7 +19,9 @@ ShowDataServerStringFn GlpfnSorrelShowDataServerString = nullptr;
 
 namespace {
 
-CExtModel* AsModel(void* instance) { return static_cast<CExtModel*>(instance); }
+CExtModel* AsModel(void* instance) {
+    return static_cast<CExtModel*>(instance);
+}
 
 template <std::size_t N>
 void PutText(char (&field)[N], const char* text) {
@@ -119,7 +121,9 @@ void ExtCopyConfigure(std::uint64_t, char**) {
     // The machine configuration store is not part of this build: there is nothing to copy into.
 }
 
-void ExtHelp() { ModuleStateGuard state; }
+void ExtHelp() {
+    ModuleStateGuard state;
+}
 
 std::uint32_t ExtEquipXml(void* instance, const char*, std::uint8_t, const char* const*) {
     ModuleStateGuard state;

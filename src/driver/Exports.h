@@ -21,7 +21,8 @@ RIVULET_EXPORT void ExtHelp();
 // `wellFilter` is a null-terminated array of well names, or null for every well.
 RIVULET_EXPORT std::uint32_t ExtEquipXml(void* instance, const char* outputPath, std::uint8_t noVariables,
                                          const char* const* wellFilter);
-RIVULET_EXPORT std::uint32_t ExtConnectToApp(void* instance, std::uint32_t a, std::uint32_t b, tErrorRecord* err);
+RIVULET_EXPORT std::uint32_t ExtConnectToApp(void* instance, std::uint32_t a, std::uint32_t b,
+                                             tErrorRecord* err);
 RIVULET_EXPORT std::uint32_t ExtStartApp(void* instance, std::uint32_t a, tErrorRecord* err);
 RIVULET_EXPORT std::uint32_t ExtStopApp(void* instance);
 

@@ -16,7 +16,8 @@ std::int32_t CExtInterface::Reserved22(void* record, tErrorRecord*) {
 }
 
 std::int32_t CExtInterface::ConnectToApplication(std::uint32_t, std::uint32_t, tErrorRecord* err) {
-    if (err != nullptr) std::snprintf(err->szText, sizeof(err->szText), "%s", "ConnectToApplication is not implemented");
+    if (err != nullptr)
+        std::snprintf(err->szText, sizeof(err->szText), "%s", "ConnectToApplication is not implemented");
     return 1;
 }
 

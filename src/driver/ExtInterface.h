@@ -12,7 +12,7 @@ namespace rivulet {
 class CEquipmentDescription;  // filled by GetEquipment for ExtEquipXml
 
 class CExtInterface {
-public:
+  public:
     CExtInterface() = default;
     CExtInterface(const CExtInterface&) = delete;
     CExtInterface& operator=(const CExtInterface&) = delete;
@@ -20,7 +20,8 @@ public:
     /* 0 */ virtual std::int32_t EditCase(HostWindow parent, std::int32_t* modified, tErrorRecord* err) = 0;
     /* 1 */ virtual std::int32_t QueryReserved(std::uint32_t count, tErrorRecord* err) = 0;
     /* 2 */ virtual std::int32_t Reserved2() = 0;
-    /* 3 */ virtual std::int32_t Query(tQueryData* pstQueryData, std::uint32_t dwRelation, tErrorRecord* err) = 0;
+    /* 3 */ virtual std::int32_t Query(tQueryData* pstQueryData, std::uint32_t dwRelation,
+                                       tErrorRecord* err) = 0;
     /* 4 */ virtual std::int32_t QueryComp(tCompositionData* composition, tErrorRecord* err) = 0;
     /* 5 */ virtual std::int32_t Initialise(tInitData* init, tErrorRecord* err) = 0;
     /* 6 */ virtual std::int32_t Timestep(tTimestepData* step, tErrorRecord* err) = 0;
@@ -62,7 +63,9 @@ public:
     /* 42 */ virtual std::int32_t Reserved42() { return 0; }
     /* 43 */ virtual std::int32_t Reserved43() { return 0; }
     /* 44 */ virtual std::int32_t Reserved44() { return 0; }
-    /* 45 */ virtual std::int32_t QueryCompByStream(tCompositionData*, std::int32_t, tErrorRecord*) { return 0; }
+    /* 45 */ virtual std::int32_t QueryCompByStream(tCompositionData*, std::int32_t, tErrorRecord*) {
+        return 0;
+    }
     /* 46 */ virtual std::int32_t SetArchiveFile(const char*, bool, tErrorRecord*) { return 0; }
     /* 47 */ virtual std::int32_t SetConnection(tSetConnectionData*, tErrorRecord*) { return 0; }
     /* 48 */ virtual std::int32_t Reserved48() { return 0; }
@@ -108,7 +111,9 @@ public:
     /* 88 */ virtual std::int32_t Reserved88() { return 0; }
     /* 89 */ virtual std::int32_t Reserved89() { return 0; }
     /* 90 */ virtual std::int32_t Reserved90() { return 0; }
-    /* 91 */ virtual std::int32_t GetFileListEntry(tFileListEntry*, std::uint32_t, tErrorRecord*) { return 0; }
+    /* 91 */ virtual std::int32_t GetFileListEntry(tFileListEntry*, std::uint32_t, tErrorRecord*) {
+        return 0;
+    }
 
     virtual ~CExtInterface() = default;
 };

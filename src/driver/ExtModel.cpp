@@ -25,9 +25,13 @@ CExtModel::~CExtModel() {
     GasWellMap.clear();
 }
 
-bool CExtModel::IsConnected() const { return Session && Session->IsConnected(); }
+bool CExtModel::IsConnected() const {
+    return Session && Session->IsConnected();
+}
 
-bool CExtModel::IsRunActive() const { return Session && Session->IsJobRunning() && RunInitialised; }
+bool CExtModel::IsRunActive() const {
+    return Session && Session->IsJobRunning() && RunInitialised;
+}
 
 void CExtModel::ResetRun() {
     StartDate = CurrentDate = ReportDate = SpareDate = OleDate::Null();
@@ -37,7 +41,9 @@ void CExtModel::ResetRun() {
     Reservoir.reset();
 }
 
-void CExtModel::CreateSession(std::string& error) { Session = MakeJobSession(Settings, error); }
+void CExtModel::CreateSession(std::string& error) {
+    Session = MakeJobSession(Settings, error);
+}
 
 std::int32_t CExtModel::StartRun(std::uint32_t startParam, const std::string& /*connectedWells*/,
                                  tErrorRecord* err) {
@@ -137,7 +143,9 @@ std::int32_t CExtModel::EditCase(HostWindow parent, std::int32_t* modified, tErr
     return 0;
 }
 
-std::int32_t CExtModel::QueryReserved(std::uint32_t, tErrorRecord*) { return -999; }
+std::int32_t CExtModel::QueryReserved(std::uint32_t, tErrorRecord*) {
+    return -999;
+}
 
 std::int32_t CExtModel::ImportComposition(HostWindow, void*, bool, tErrorRecord* err) {
     WriteText(err, "Compositional import to tNavigator is not supported.");

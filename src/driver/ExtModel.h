@@ -35,7 +35,7 @@ enum FieldTotal : int {
 };
 
 class CExtModel : public CExtInterface {
-public:
+  public:
     CExtModel();
     ~CExtModel() override;
 
@@ -74,7 +74,8 @@ public:
     std::int32_t Reserved37(void*, bool, tErrorRecord*) override { return 0; }
     std::int32_t Reserved38(tErrorRecord*) override { return 0; }
     std::int32_t Reserved39() override { return 0; }
-    std::int32_t QueryCompByStream(tCompositionData* composition, std::int32_t well, tErrorRecord* err) override;
+    std::int32_t QueryCompByStream(tCompositionData* composition, std::int32_t well,
+                                   tErrorRecord* err) override;
     std::int32_t SetArchiveFile(const char* path, bool load, tErrorRecord* err) override;
     std::int32_t SetConnection(tSetConnectionData* data, tErrorRecord* err) override;
     std::int32_t GetModMsg(char* buffer, std::int32_t length, tErrorRecord* err) override;
@@ -117,7 +118,7 @@ public:
     OleDate EndDateTime() const { return EndDate; }
     OleDate ReportDateTime() const { return ReportDate; }
 
-private:
+  private:
     using Guard = std::lock_guard<std::recursive_mutex>;
 
     void ResetRun();

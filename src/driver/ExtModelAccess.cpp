@@ -16,7 +16,9 @@ std::string FirstName(const char* text) {
     return s.substr(0, s.find_first_of(".[("));
 }
 
-bool RootMatches(const char* text) { return strcasecmp(FirstName(text).c_str(), "tNavigator") == 0; }
+bool RootMatches(const char* text) {
+    return strcasecmp(FirstName(text).c_str(), "tNavigator") == 0;
+}
 
 // The name that follows the root, for commands.
 std::string SecondName(const char* text) {
@@ -57,7 +59,8 @@ std::int32_t CExtModel::DoCmd(const char* command, tErrorRecord* err) {
         return 1;
     }
     if (!RootMatches(command)) return 1;
-    if (strcasecmp(SecondName(command).c_str(), "RunToTime") != 0) return 0;  // an unknown command counts as done
+    if (strcasecmp(SecondName(command).c_str(), "RunToTime") != 0)
+        return 0;  // an unknown command counts as done
     WriteText(err, "RunToTime is not available in this build of the driver.");
     return 1;
 }

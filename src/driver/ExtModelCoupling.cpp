@@ -75,7 +75,8 @@ std::int32_t CExtModel::QueryComp(tCompositionData* composition, tErrorRecord* e
     return 1;
 }
 
-std::int32_t CExtModel::QueryCompByStream(tCompositionData* composition, std::int32_t well, tErrorRecord* err) {
+std::int32_t CExtModel::QueryCompByStream(tCompositionData* composition, std::int32_t well,
+                                          tErrorRecord* err) {
     if (err == nullptr) return -1;
     if (composition == nullptr) {
         WriteText(err, "A null composition item was provided to QueryCompByStream().");

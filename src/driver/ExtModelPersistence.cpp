@@ -26,11 +26,13 @@ namespace {
 constexpr std::int32_t kModelVersion = 5;
 
 bool FileExists(const std::string& path) {
-    struct stat st{};
+    struct stat st {};
     return !path.empty() && ::stat(path.c_str(), &st) == 0;
 }
 
-std::size_t LastSeparator(const std::string& path) { return path.find_last_of("\\/"); }
+std::size_t LastSeparator(const std::string& path) {
+    return path.find_last_of("\\/");
+}
 
 // Copies text into a fixed field, always terminated, cut to fit.
 template <std::size_t N>
@@ -186,7 +188,7 @@ std::int32_t CExtModel::SetArchiveFile(const char* path, bool load, tErrorRecord
     }
     Guard lock(Lock);
     ArchiveFile = path;
-    struct stat st{};
+    struct stat st {};
     if (load && ::stat(path, &st) == 0 && st.st_size > 0) {
         const std::int32_t result = LoadFromArchiveFile(nullptr, 0, err);
         if (result != 0) {
@@ -203,11 +205,13 @@ std::int32_t CExtModel::SetTopLevelFile(tTopLevelFile* file, tErrorRecord* err) 
         return 1;
     }
     Settings.FileName = std::string(file->szPath, strnlen(file->szPath, sizeof(file->szPath)));
-    const auto options = ParseOptions(std::string(file->szOptions, strnlen(file->szOptions, sizeof(file->szOptions))));
+    const auto options =
+        ParseOptions(std::string(file->szOptions, strnlen(file->szOptions, sizeof(file->szOptions))));
     Settings.IsLocalMachine = Lookup(options, "Linux") == "true";
     Settings.WindowsEquivDir = Lookup(options, "SharedPath");
     Settings.HeadNodeName = Lookup(options, "HeadNode");
-    Settings.HeadNodePort = static_cast<std::int32_t>(std::strtol(Lookup(options, "HeadNodePort").c_str(), nullptr, 10));
+    Settings.HeadNodePort =
+        static_cast<std::int32_t>(std::strtol(Lookup(options, "HeadNodePort").c_str(), nullptr, 10));
     return 0;
 }
 
@@ -311,11 +315,12 @@ std::int32_t CExtModel::ViewFile(const std::string& path) const {
     const std::size_t cut = LastSeparator(path);
     const std::string directory = cut == std::string::npos ? std::string() : path.substr(0, cut + 1);
     ShellOpener& shell = CurrentShellOpener();
-    const bool opened = Settings.IsLocalMachine
-                            ? (shell.OpenByAssociation(path, directory) || shell.OpenThroughDesktop(path, directory) ||
-                               shell.OpenInTerminalEditor(path, directory))
-                            : (shell.OpenInTerminalEditor(path, directory) || shell.OpenByAssociation(path, directory) ||
-                               shell.OpenThroughDesktop(path, directory));
+    const bool opened =
+        Settings.IsLocalMachine
+            ? (shell.OpenByAssociation(path, directory) || shell.OpenThroughDesktop(path, directory) ||
+               shell.OpenInTerminalEditor(path, directory))
+            : (shell.OpenInTerminalEditor(path, directory) || shell.OpenByAssociation(path, directory) ||
+               shell.OpenThroughDesktop(path, directory));
     if (opened) return 0;
     ui.ShowMessage("No suitable Windows application to open this file could be found", MessageIcon::Warning);
     return 1;

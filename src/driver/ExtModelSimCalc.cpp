@@ -64,8 +64,8 @@ std::int32_t CExtModel::SetWellCtrlForSimCalc(std::int32_t well, double, char* e
         return 1;
     }
     if (Reservoir->wells.At(well) == nullptr) {
-        WriteCallbackText(err, "SetWellCtrlForSimCalc() was passed an invalid well index <" +
-                                   std::to_string(well) + ">.");
+        WriteCallbackText(
+            err, "SetWellCtrlForSimCalc() was passed an invalid well index <" + std::to_string(well) + ">.");
         return 1;
     }
     WriteCallbackText(err, "Well rates cannot be set by this build of the driver.");
@@ -75,12 +75,13 @@ std::int32_t CExtModel::SetWellCtrlForSimCalc(std::int32_t well, double, char* e
 std::int32_t CExtModel::GetWellRatesForSimCalc(std::int32_t well, _tGetSetData*, char* err) {
     Guard lock(Lock);
     if (!IsConnected() || !Reservoir) {
-        WriteCallbackText(err, "GetWellRatesForSimCalc() called before simulator was ready to generate data.");
+        WriteCallbackText(err,
+                          "GetWellRatesForSimCalc() called before simulator was ready to generate data.");
         return 1;
     }
     if (Reservoir->wells.At(well) == nullptr) {
-        WriteCallbackText(err, "GetWellRatesForSimCalc() was passed an invalid well index <" +
-                                   std::to_string(well) + ">.");
+        WriteCallbackText(
+            err, "GetWellRatesForSimCalc() was passed an invalid well index <" + std::to_string(well) + ">.");
         return 1;
     }
     WriteCallbackText(err, "Well rates cannot be read by this build of the driver.");

@@ -178,16 +178,16 @@ struct tCompositionData {
     char aszNames[kMaxComponents][16];
     std::uint32_t dwMask;
     std::uint8_t pad1612[4];
-    double adCriticalTemperature[kMaxComponents];  // 0x1
-    double adCriticalPressure[kMaxComponents];     // 0x2
-    double adCriticalVolume[kMaxComponents];       // 0x4
-    double adAcentricFactor[kMaxComponents];       // 0x8
-    double adMolecularWeight[kMaxComponents];      // 0x10
-    std::uint8_t pad5616[1600];                    // two arrays the driver does not fill (0x20, 0x40)
-    double adProperty8[kMaxComponents];            // 0x80
-    double adOmegaA[kMaxComponents];               // 0x100
-    double adOmegaB[kMaxComponents];               // 0x200
-    double adProperty9[kMaxComponents];            // 0x400
+    double adCriticalTemperature[kMaxComponents];          // 0x1
+    double adCriticalPressure[kMaxComponents];             // 0x2
+    double adCriticalVolume[kMaxComponents];               // 0x4
+    double adAcentricFactor[kMaxComponents];               // 0x8
+    double adMolecularWeight[kMaxComponents];              // 0x10
+    std::uint8_t pad5616[1600];                            // two arrays the driver does not fill (0x20, 0x40)
+    double adProperty8[kMaxComponents];                    // 0x80
+    double adOmegaA[kMaxComponents];                       // 0x100
+    double adOmegaB[kMaxComponents];                       // 0x200
+    double adProperty9[kMaxComponents];                    // 0x400
     double adInteraction[kMaxComponents][kMaxComponents];  // 0x800
     std::uint8_t pad90416[100];
     std::int32_t iEquationOfState;  // 1 "PR", 2 "SRK", 0 any other

@@ -7,7 +7,9 @@ bool CRivuletApp::RegisterInstance(CExtModel* model) {
     return Instances.insert(model).second;
 }
 
-void CRivuletApp::UnregisterInstance(CExtModel* model) { Instances.erase(model); }
+void CRivuletApp::UnregisterInstance(CExtModel* model) {
+    Instances.erase(model);
+}
 
 CRivuletApp& TheApp() {
     static CRivuletApp app;

@@ -9,15 +9,17 @@ namespace rivulet {
 class CExtModel;
 
 class CRivuletApp {
-public:
+  public:
     // Inserts a live instance; a null pointer or one already present is refused without effect.
     bool RegisterInstance(CExtModel* model);
     // Removes an instance; no effect if it is absent.
     void UnregisterInstance(CExtModel* model);
-    bool IsRegistered(const CExtModel* model) const { return Instances.count(const_cast<CExtModel*>(model)) != 0; }
+    bool IsRegistered(const CExtModel* model) const {
+        return Instances.count(const_cast<CExtModel*>(model)) != 0;
+    }
     std::size_t InstanceCount() const { return Instances.size(); }
 
-private:
+  private:
     // Ordered by pointer value. Insert and remove only: nothing walks it. No lock: the host creates and
     // destroys instances from its main thread.
     std::set<CExtModel*> Instances;

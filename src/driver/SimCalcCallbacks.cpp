@@ -13,7 +13,9 @@ namespace rivulet {
 
 namespace {
 
-CExtModel* AsModel(void* model) { return static_cast<CExtModel*>(model); }
+CExtModel* AsModel(void* model) {
+    return static_cast<CExtModel*>(model);
+}
 
 double ElapsedTime(void* model) {
     if (model == nullptr) return 0.0;

@@ -6,7 +6,7 @@
 namespace rivulet {
 
 class ModuleStateGuard {
-public:
+  public:
     ModuleStateGuard() noexcept { ++depth_; }
     ~ModuleStateGuard() { --depth_; }
     ModuleStateGuard(const ModuleStateGuard&) = delete;
@@ -15,7 +15,7 @@ public:
     // How many guards the calling thread holds now.
     static int Depth() noexcept { return depth_; }
 
-private:
+  private:
     static inline thread_local int depth_ = 0;
 };
 

@@ -1,7 +1,7 @@
 #include "platform/OleDate.h"
 
-#include <clocale>
 #include <locale.h>
+#include <clocale>
 #include <cmath>
 #include <ctime>
 
@@ -49,7 +49,8 @@ OleDate OleDate::FromCalendar(const CalendarTime& t) {
         t.minute > 59 || t.second < 0 || t.second > 59 || t.year < 100 || t.year > 9999) {
         return Invalid();
     }
-    const long long civil = DaysFromCivil(t.year, static_cast<unsigned>(t.month), static_cast<unsigned>(t.day));
+    const long long civil =
+        DaysFromCivil(t.year, static_cast<unsigned>(t.month), static_cast<unsigned>(t.day));
     int y = 0, m = 0, d = 0;
     CivilFromDays(civil, y, m, d);
     if (y != t.year || m != t.month || d != t.day) return Invalid();  // 31 April and the like
@@ -79,8 +80,8 @@ OleDate OleDate::LocalNow() {
     const std::time_t now = std::time(nullptr);
     std::tm local{};
     if (now == static_cast<std::time_t>(-1) || localtime_r(&now, &local) == nullptr) return Invalid();
-    return FromCalendar({local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min,
-                         local.tm_sec});
+    return FromCalendar(
+        {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec});
 }
 
 std::string OleDate::FormatLocale() const {

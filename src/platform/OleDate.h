@@ -21,7 +21,7 @@ struct CalendarTime {
 };
 
 class OleDate {
-public:
+  public:
     static constexpr double kHalfSecond = 1.0 / 172800.0;
     static constexpr double kMaxSpanDays = 3615897.0;
 
@@ -52,7 +52,7 @@ public:
     bool operator<(const OleDate& other) const;
     bool operator>(const OleDate& other) const { return other < *this; }
 
-private:
+  private:
     OleDate(double days, DateStatus status) : days_(days), status_(status) {}
 
     double days_ = 0.0;

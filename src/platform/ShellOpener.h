@@ -7,7 +7,7 @@
 namespace rivulet {
 
 class ShellOpener {
-public:
+  public:
     virtual ~ShellOpener() = default;
     // Opens the file with the program associated with its type (xdg-open); true if one started.
     virtual bool OpenByAssociation(const std::string& path, const std::string& workingDirectory) = 0;
@@ -19,7 +19,7 @@ public:
 
 // xdg-open, then gio open, then $VISUAL or $EDITOR inside a terminal.
 class DesktopShellOpener final : public ShellOpener {
-public:
+  public:
     bool OpenByAssociation(const std::string& path, const std::string& workingDirectory) override;
     bool OpenThroughDesktop(const std::string& path, const std::string& workingDirectory) override;
     bool OpenInTerminalEditor(const std::string& path, const std::string& workingDirectory) override;

@@ -31,7 +31,8 @@ void HeadlessUserInterface::ShowMessage(const std::string& text, MessageIcon ico
 }
 
 DialogAnswer HeadlessUserInterface::RunModal(std::uint64_t, ModalDialog& dialog) {
-    std::fprintf(stderr, "rivulet: no user interface to show \"%s\"; answered Cancel\n", dialog.Title().c_str());
+    std::fprintf(stderr, "rivulet: no user interface to show \"%s\"; answered Cancel\n",
+                 dialog.Title().c_str());
     return DialogAnswer::Cancel;
 }
 

@@ -14,7 +14,7 @@ enum class DialogAnswer { Ok, Cancel };
 
 // A dialog written as logic over its controls. The front end runs it; the headless interface never does.
 class ModalDialog {
-public:
+  public:
     virtual ~ModalDialog() = default;
     virtual std::string Title() const = 0;
     // Called when the user presses OK; false keeps the dialog open.
@@ -22,14 +22,14 @@ public:
 };
 
 class UserInterface {
-public:
+  public:
     virtual ~UserInterface() = default;
     virtual void ShowMessage(const std::string& text, MessageIcon icon) = 0;
     virtual DialogAnswer RunModal(std::uint64_t parentWindow, ModalDialog& dialog) = 0;
 };
 
 class HeadlessUserInterface final : public UserInterface {
-public:
+  public:
     void ShowMessage(const std::string& text, MessageIcon icon) override;
     DialogAnswer RunModal(std::uint64_t parentWindow, ModalDialog& dialog) override;
 };

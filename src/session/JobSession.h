@@ -11,7 +11,7 @@ namespace rivulet {
 class CaseSettings;
 
 class CJobSession {
-public:
+  public:
     CJobSession() = default;
     CJobSession(const CJobSession&) = delete;
     CJobSession& operator=(const CJobSession&) = delete;

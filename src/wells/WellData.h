@@ -10,7 +10,7 @@ namespace rivulet {
 enum WellType : std::int32_t { kWellUndefined = 0, kWellInjector = 1, kWellProducer = 2 };
 
 class WellData {
-public:
+  public:
     std::string name;
     std::int32_t wellType = kWellUndefined;
     bool underVaneControl = false;

@@ -9,7 +9,7 @@
 namespace rivulet {
 
 class WellList {
-public:
+  public:
     std::size_t Count() const { return wells_.size(); }
     bool IsEmpty() const { return wells_.empty(); }
     // Null for an index outside the list.
@@ -27,7 +27,7 @@ public:
     auto begin() const { return wells_.begin(); }
     auto end() const { return wells_.end(); }
 
-private:
+  private:
     std::vector<WellData> wells_;
 };
 

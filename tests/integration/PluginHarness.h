@@ -19,7 +19,8 @@ inline host::Plugin& Driver() {
 // A record still holding the bytes of an earlier call: every export that clears it must wipe all 264.
 inline host::ErrorRecord StaleRecord() {
     host::ErrorRecord err;
-    std::memset(&err, 0xEE, sizeof(err));
+    err.code = static_cast<std::int32_t>(0xEEEEEEEE);
+    std::memset(err.text, 0xEE, sizeof(err.text));
     return err;
 }
 
@@ -32,6 +33,8 @@ inline std::string Message(const host::ErrorRecord& err) {
     return std::string(err.text, strnlen(err.text, sizeof(err.text)));
 }
 
-inline std::uint64_t Arg(const void* pointer) { return reinterpret_cast<std::uintptr_t>(pointer); }
+inline std::uint64_t Arg(const void* pointer) {
+    return reinterpret_cast<std::uintptr_t>(pointer);
+}
 
 }  // namespace rivulet::it

@@ -12,7 +12,7 @@ namespace {
 
 // A model that records which operation a command reached and with what.
 class RecordingModel : public CExtModel {
-public:
+  public:
     struct Call {
         std::string name;
         std::uint64_t window = 0;
@@ -28,10 +28,18 @@ public:
         return 42;
     }
 
-    std::int32_t EditCase(HostWindow w, std::int32_t* m, tErrorRecord* e) override { return Record("EditCase", m, -1, e, w); }
-    std::int32_t QueryReserved(std::uint32_t c, tErrorRecord* e) override { return Record("QueryReserved", nullptr, c, e); }
-    std::int32_t Query(tQueryData* d, std::uint32_t r, tErrorRecord* e) override { return Record("Query", d, r, e); }
-    std::int32_t QueryComp(tCompositionData* d, tErrorRecord* e) override { return Record("QueryComp", d, -1, e); }
+    std::int32_t EditCase(HostWindow w, std::int32_t* m, tErrorRecord* e) override {
+        return Record("EditCase", m, -1, e, w);
+    }
+    std::int32_t QueryReserved(std::uint32_t c, tErrorRecord* e) override {
+        return Record("QueryReserved", nullptr, c, e);
+    }
+    std::int32_t Query(tQueryData* d, std::uint32_t r, tErrorRecord* e) override {
+        return Record("Query", d, r, e);
+    }
+    std::int32_t QueryComp(tCompositionData* d, tErrorRecord* e) override {
+        return Record("QueryComp", d, -1, e);
+    }
     std::int32_t Initialise(tInitData* d, tErrorRecord* e) override { return Record("Initialise", d, -1, e); }
     std::int32_t Timestep(tTimestepData* d, tErrorRecord* e) override { return Record("Timestep", d, -1, e); }
     std::int32_t Reserved8(tErrorRecord* e) override { return Record("Reserved8", nullptr, -1, e); }
@@ -39,30 +47,60 @@ public:
     std::int32_t SetOpPt(_tGetSetData* d, tErrorRecord* e) override { return Record("SetOpPt", d, -1, e); }
     std::int32_t StopSimulator(tErrorRecord* e) override { return Record("StopSimulator", nullptr, -1, e); }
     std::int32_t Stop() override { return Record("Stop", nullptr, -1, nullptr); }
-    std::int32_t SaveModelString(char* b, std::int32_t s, tErrorRecord* e) override { return Record("SaveModelString", b, s, e); }
-    std::int32_t LoadModelString(tLoadModelData* d, tErrorRecord* e) override { return Record("LoadModelString", d, -1, e); }
-    std::int32_t SetTopLevelFile(tTopLevelFile* d, tErrorRecord* e) override { return Record("SetTopLevelFile", d, -1, e); }
-    std::int32_t StartSimulator(tStartData* d, tErrorRecord* e) override { return Record("StartSimulator", d, -1, e); }
+    std::int32_t SaveModelString(char* b, std::int32_t s, tErrorRecord* e) override {
+        return Record("SaveModelString", b, s, e);
+    }
+    std::int32_t LoadModelString(tLoadModelData* d, tErrorRecord* e) override {
+        return Record("LoadModelString", d, -1, e);
+    }
+    std::int32_t SetTopLevelFile(tTopLevelFile* d, tErrorRecord* e) override {
+        return Record("SetTopLevelFile", d, -1, e);
+    }
+    std::int32_t StartSimulator(tStartData* d, tErrorRecord* e) override {
+        return Record("StartSimulator", d, -1, e);
+    }
     std::int32_t DrawIcon(HostWindow w, void* s) override { return Record("DrawIcon", s, -1, nullptr, w); }
     std::int32_t GetVar(tGetVarData* d, tErrorRecord* e) override { return Record("GetVar", d, -1, e); }
     std::int32_t SetVar(tSetVarData* d, tErrorRecord* e) override { return Record("SetVar", d, -1, e); }
     std::int32_t DoCmd(const char* c, tErrorRecord* e) override { return Record("DoCmd", c, -1, e); }
-    std::int32_t DoGetExtraNodeResults(tExtraNodeResult* d, tErrorRecord* e) override { return Record("DoGetExtraNodeResults", d, -1, e); }
+    std::int32_t DoGetExtraNodeResults(tExtraNodeResult* d, tErrorRecord* e) override {
+        return Record("DoGetExtraNodeResults", d, -1, e);
+    }
     std::int32_t Reserved30(tErrorRecord* e) override { return Record("Reserved30", nullptr, -1, e); }
-    std::int32_t SaveToArchiveFile(void* a, std::uint32_t c, tErrorRecord* e) override { return Record("SaveToArchiveFile", a, c, e); }
-    std::int32_t LoadFromArchiveFile(void* a, std::uint32_t c, tErrorRecord* e) override { return Record("LoadFromArchiveFile", a, c, e); }
-    std::int32_t SetCaseDirectory(const char* d, tErrorRecord* e) override { return Record("SetCaseDirectory", d, -1, e); }
+    std::int32_t SaveToArchiveFile(void* a, std::uint32_t c, tErrorRecord* e) override {
+        return Record("SaveToArchiveFile", a, c, e);
+    }
+    std::int32_t LoadFromArchiveFile(void* a, std::uint32_t c, tErrorRecord* e) override {
+        return Record("LoadFromArchiveFile", a, c, e);
+    }
+    std::int32_t SetCaseDirectory(const char* d, tErrorRecord* e) override {
+        return Record("SetCaseDirectory", d, -1, e);
+    }
     std::int32_t GetStartDate(tDate* d, tErrorRecord* e) override { return Record("GetStartDate", d, -1, e); }
     std::int32_t GetNextEvent(tDate* d, tErrorRecord* e) override { return Record("GetNextEvent", d, -1, e); }
-    std::int32_t Reserved37(void* a, bool f, tErrorRecord* e) override { return Record("Reserved37", a, f, e); }
+    std::int32_t Reserved37(void* a, bool f, tErrorRecord* e) override {
+        return Record("Reserved37", a, f, e);
+    }
     std::int32_t Reserved38(tErrorRecord* e) override { return Record("Reserved38", nullptr, -1, e); }
-    std::int32_t QueryCompByStream(tCompositionData* d, std::int32_t w, tErrorRecord* e) override { return Record("QueryCompByStream", d, w, e); }
-    std::int32_t SetArchiveFile(const char* p, bool l, tErrorRecord* e) override { return Record("SetArchiveFile", p, l, e); }
-    std::int32_t SetConnection(tSetConnectionData* d, tErrorRecord* e) override { return Record("SetConnection", d, -1, e); }
-    std::int32_t GetModMsg(char* b, std::int32_t l, tErrorRecord* e) override { return Record("GetModMsg", b, l, e); }
-    std::int32_t ImportComposition(HostWindow w, void* d, bool f, tErrorRecord* e) override { return Record("ImportComposition", d, f, e, w); }
+    std::int32_t QueryCompByStream(tCompositionData* d, std::int32_t w, tErrorRecord* e) override {
+        return Record("QueryCompByStream", d, w, e);
+    }
+    std::int32_t SetArchiveFile(const char* p, bool l, tErrorRecord* e) override {
+        return Record("SetArchiveFile", p, l, e);
+    }
+    std::int32_t SetConnection(tSetConnectionData* d, tErrorRecord* e) override {
+        return Record("SetConnection", d, -1, e);
+    }
+    std::int32_t GetModMsg(char* b, std::int32_t l, tErrorRecord* e) override {
+        return Record("GetModMsg", b, l, e);
+    }
+    std::int32_t ImportComposition(HostWindow w, void* d, bool f, tErrorRecord* e) override {
+        return Record("ImportComposition", d, f, e, w);
+    }
     std::int32_t Reserved75(void* a, tErrorRecord* e) override { return Record("Reserved75", a, -1, e); }
-    std::int32_t GetFileListEntry(tFileListEntry* d, std::uint32_t c, tErrorRecord* e) override { return Record("GetFileListEntry", d, c, e); }
+    std::int32_t GetFileListEntry(tFileListEntry* d, std::uint32_t c, tErrorRecord* e) override {
+        return Record("GetFileListEntry", d, c, e);
+    }
 };
 
 struct Row {
@@ -128,8 +166,8 @@ TEST(CommandTable, EachListedIdReachesItsOperationWithItsArguments) {
         if (row.passesCount) {
             EXPECT_TRUE(call.count == 9 || call.count == 1) << "command " << row.id;
         }
-        const bool takesArgument = row.id != 3 && row.id != 4 && row.id != 55 && row.id != 56 && row.id != 60 &&
-                                   row.id != 100;
+        const bool takesArgument =
+            row.id != 3 && row.id != 4 && row.id != 55 && row.id != 56 && row.id != 60 && row.id != 100;
         if (takesArgument) {
             EXPECT_EQ(call.argument, argument) << "command " << row.id;
         }
@@ -157,8 +195,8 @@ TEST(CommandTable, CountBecomesABoolByUnsignedComparison) {
 }
 
 TEST(CommandTable, UnlistedIdsAnswerZeroAndCallNothing) {
-    std::vector<std::uint32_t> ids = {0, 1, 6, 8, 17, 22, 51, 52, 54, 57, 59, 61, 101, 137, 4095, 4098, 70000,
-                                      0xFFFFFFFFu};
+    std::vector<std::uint32_t> ids = {0,  1,  6,  8,   17,  22,   51,   52,    54,
+                                      57, 59, 61, 101, 137, 4095, 4098, 70000, 0xFFFFFFFFu};
     for (std::uint32_t id = 24; id <= 47; ++id) ids.push_back(id);
     for (std::uint32_t id = 64; id <= 95; ++id) ids.push_back(id);
     for (std::uint32_t id = 103; id <= 128; ++id) ids.push_back(id);

@@ -14,12 +14,12 @@ struct Guarded {
     unsigned char before[16];
     tErrorRecord record;
     unsigned char after[16];
-    Guarded() {
-        std::memset(this, 0xEE, sizeof(*this));
-    }
+    Guarded() { std::memset(this, 0xEE, sizeof(*this)); }
     bool GuardsIntact() const {
-        for (unsigned char b : before) if (b != 0xEE) return false;
-        for (unsigned char b : after) if (b != 0xEE) return false;
+        for (unsigned char b : before)
+            if (b != 0xEE) return false;
+        for (unsigned char b : after)
+            if (b != 0xEE) return false;
         return true;
     }
 };

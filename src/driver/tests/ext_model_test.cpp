@@ -22,7 +22,7 @@ namespace {
 namespace fs = std::filesystem;
 
 class ScriptedUserInterface : public UserInterface {
-public:
+  public:
     DialogAnswer answer = DialogAnswer::Cancel;
     bool requestStart = false;
     std::vector<std::string> messages;
@@ -38,7 +38,7 @@ public:
 };
 
 class RecordingShell : public ShellOpener {
-public:
+  public:
     std::vector<std::string> tries;  // "how:path:dir"
     std::string succeedWith;         // which way succeeds; empty: none does
 
@@ -46,13 +46,19 @@ public:
         tries.push_back(std::string(how) + ":" + path + ":" + dir);
         return succeedWith == how;
     }
-    bool OpenByAssociation(const std::string& p, const std::string& d) override { return Try("association", p, d); }
-    bool OpenThroughDesktop(const std::string& p, const std::string& d) override { return Try("desktop", p, d); }
-    bool OpenInTerminalEditor(const std::string& p, const std::string& d) override { return Try("terminal", p, d); }
+    bool OpenByAssociation(const std::string& p, const std::string& d) override {
+        return Try("association", p, d);
+    }
+    bool OpenThroughDesktop(const std::string& p, const std::string& d) override {
+        return Try("desktop", p, d);
+    }
+    bool OpenInTerminalEditor(const std::string& p, const std::string& d) override {
+        return Try("terminal", p, d);
+    }
 };
 
 class ModelWithFakes : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         ui = std::make_shared<ScriptedUserInterface>();
         shell = std::make_shared<RecordingShell>();
@@ -115,8 +121,8 @@ TEST_F(ModelWithFakes, LocalCaseFileIsOpenedByAssociationFirstThenTheOtherWays) 
     shell->succeedWith = "terminal";
     EXPECT_EQ(model.ViewCaseFile(nullptr), 0);
     const std::string where = (dir / "CASE.DATA").string() + ":" + dir.string() + "/";
-    EXPECT_EQ(shell->tries, (std::vector<std::string>{"association:" + where, "desktop:" + where,
-                                                      "terminal:" + where}));
+    EXPECT_EQ(shell->tries,
+              (std::vector<std::string>{"association:" + where, "desktop:" + where, "terminal:" + where}));
 }
 
 TEST_F(ModelWithFakes, ClusterCaseFileIsOpenedInTheEditorFirstFromTheLocalView) {
@@ -192,7 +198,9 @@ TEST(CExtModel, HandsTheInflowLibraryItselfAsContextAndAllSixCallbacks) {
     IPRRunToForSimCalcCallback runTo = nullptr;
     IPRGetWellBlockIPRForSimCalcCallback blockIpr = nullptr;
     IPRGetWellRatesForSimCalcCallback rates = nullptr;
-    ASSERT_EQ(InflowKitInspectCallbacks(model.GetIprModel(), &elapsed, &init, &setWell, &runTo, &blockIpr, &rates), 1);
+    ASSERT_EQ(
+        InflowKitInspectCallbacks(model.GetIprModel(), &elapsed, &init, &setWell, &runTo, &blockIpr, &rates),
+        1);
     ASSERT_TRUE(elapsed && init && setWell && runTo && blockIpr && rates);
 
     // Through the callbacks a fresh model answers with the callbacks' own texts, at the buffer's start.

@@ -9,7 +9,7 @@ namespace rivulet {
 namespace {
 
 class AlwaysOk : public UserInterface {
-public:
+  public:
     int shown = 0;
     void ShowMessage(const std::string&, MessageIcon) override { ++shown; }
     DialogAnswer RunModal(std::uint64_t, ModalDialog& dialog) override {
@@ -18,7 +18,7 @@ public:
 };
 
 class Dialog : public ModalDialog {
-public:
+  public:
     bool okCalled = false;
     std::string Title() const override { return "Test"; }
     bool OnOk() override { return okCalled = true; }
