@@ -1,38 +1,39 @@
 #include "common/BinaryArchive.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <cmath>
 #include <cstdint>
+#include <cstdio>
+#include <functional>
 #include <limits>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace rivulet {
 namespace {
 
-using ::testing::ElementsAre;
 using Bytes = std::vector<unsigned char>;
-
-template <typename Fill>
-Bytes StoreToMemory(Fill fill) {
-    Bytes buffer(256);
-    BinaryArchive archive(buffer.data(), buffer.size(), ArchiveDirection::Store);
-    fill(archive);
-    buffer.resize(archive.Position());
-    return buffer;
-}
+const Bytes kHeader = {0x01, 0x00, 0x00, 0x00, 0x1A, 0xD2, 0x5F, 0x38};
 
 template <typename... Items>
 void TransferAll(BinaryArchive& archive, Items&... items) {
     (archive.Transfer(items), ...);
 }
 
+// The memory archive of `items` without its last `cut` bytes.
+template <typename... Items>
+Bytes Stored(std::size_t cut, Items... items) {
+    Bytes buffer(256);
+    BinaryArchive archive(buffer.data(), buffer.size(), ArchiveDirection::Store);
+    TransferAll(archive, items...);
+    buffer.resize(archive.Position() - cut);
+    return buffer;
+}
+
 // Offset of the ArchiveException raised by `access`, or -1 when none is raised.
-template <typename Access>
-long FailureOffset(Access access) {
+long FailureOffset(const std::function<void()>& access) {
     try {
         access();
     } catch (const ArchiveException& e) {
@@ -41,18 +42,35 @@ long FailureOffset(Access access) {
     return -1;
 }
 
-// An unlinked temporary file, closed on destruction.
+// Anonymous temporary file holding `bytes`, positioned at its start.
 struct TempFile {
-    TempFile() {
-        char name[] = "/tmp/rivulet_archive_XXXXXX";
-        fd = ::mkstemp(name);
-        if (fd >= 0) ::unlink(name);
+    explicit TempFile(const Bytes& bytes = {}) : stream(std::tmpfile()), fd(::fileno(stream)) {
+        EXPECT_EQ(::pwrite(fd, bytes.data(), bytes.size(), 0), static_cast<ssize_t>(bytes.size()));
     }
-    ~TempFile() { ::close(fd); }
-    int fd = -1;
+    ~TempFile() { std::fclose(stream); }
+    std::FILE* stream;
+    int fd;
 };
 
-// One value of every item kind, at the edges of their ranges.
+// Opens `bytes` for loading from memory, then from a file where `tail` follows them, and applies `read`.
+// Returns the two failure offsets. A file archive must leave the descriptor after its last item.
+std::pair<long, long> LoadBoth(const Bytes& bytes, const std::function<void(BinaryArchive&)>& read,
+                               const Bytes& tail = {}) {
+    Bytes in_file = bytes;
+    in_file.insert(in_file.end(), tail.begin(), tail.end());
+    TempFile file(in_file);
+    return {FailureOffset([&] {
+                BinaryArchive memory(bytes.data(), bytes.size(), ArchiveDirection::Load);
+                read(memory);
+            }),
+            FailureOffset([&] {
+                BinaryArchive archive(file.fd, ArchiveDirection::Load);
+                read(archive);
+                EXPECT_EQ(::lseek(file.fd, 0, SEEK_CUR), static_cast<off_t>(archive.Position()));
+            })};
+}
+
+// One value of every item kind, at the edges of their ranges, and its archive.
 struct Sample {
     std::int8_t i8 = std::numeric_limits<std::int8_t>::min();
     std::uint8_t u8 = 0xFF;
@@ -60,156 +78,89 @@ struct Sample {
     std::uint16_t u16 = 0xBEEF;
     std::int32_t i32 = std::numeric_limits<std::int32_t>::min();
     std::uint32_t u32 = 0xDEADBEEF;
-    double f64 = -1.0e-300;
+    double f64 = -2.5;
     double inf = std::numeric_limits<double>::infinity();
     std::string text = std::string("caf\xC3\xA9\0!", 7);
     std::string empty;
 
     void Stream(BinaryArchive& a) { TransferAll(a, i8, u8, i16, u16, i32, u32, f64, inf, text, empty); }
     auto Fields() const { return std::tie(i8, u8, i16, u16, i32, u32, f64, inf, text, empty); }
-    static Sample Stale() { return {1, 2, 3, 4, 5, 6, 7.0, 8.0, "stale", "stale"}; }
 };
-constexpr std::size_t kSampleEnd = 8 + 1 + 1 + 2 + 2 + 4 + 4 + 8 + 8 + (4 + 7) + 4;
+const Bytes kStoredSample = {0x01, 0x00, 0x00, 0x00, 0x1A, 0xD2, 0x5F, 0x38, 0x80, 0xFF, 0xC7,
+                             0xCF, 0xEF, 0xBE, 0x00, 0x00, 0x00, 0x80, 0xEF, 0xBE, 0xAD, 0xDE,
+                             0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x04, 0xC0, 0x00, 0x00, 0x00,
+                             0x00, 0x00, 0x00, 0xF0, 0x7F, 0x07, 0x00, 0x00, 0x00, 'c',  'a',
+                             'f',  0xC3, 0xA9, 0x00, '!',  0x00, 0x00, 0x00, 0x00};
 
-TEST(BinaryArchiveHeaderTest, EightByteStoreHoldsOnlyTheHeader) {
+TEST(BinaryArchiveHeaderTest, StoresAndChecksTheTwoWords) {
     Bytes buffer(8);
     BinaryArchive archive(buffer.data(), buffer.size(), ArchiveDirection::Store);
     EXPECT_TRUE(archive.IsStoring());
     EXPECT_EQ(archive.Position(), 8u);
-    EXPECT_THAT(buffer, ElementsAre(0x01, 0x00, 0x00, 0x00, 0x1A, 0xD2, 0x5F, 0x38));
+    EXPECT_EQ(buffer, kHeader);
     std::uint8_t more = 0;
     EXPECT_EQ(FailureOffset([&] { archive.Transfer(more); }), 8);
+    EXPECT_EQ(FailureOffset([&] { BinaryArchive(buffer.data(), 7, ArchiveDirection::Store); }), 4);
+    EXPECT_THROW(BinaryArchive(kHeader.data(), kHeader.size(), ArchiveDirection::Store),
+                 std::invalid_argument);
 
-    Bytes small(7);
-    EXPECT_THROW(BinaryArchive(small.data(), small.size(), ArchiveDirection::Store), ArchiveException);
-}
-
-TEST(BinaryArchiveHeaderTest, LoadChecksBothValues) {
-    const Bytes good = StoreToMemory([](BinaryArchive&) {});
-    BinaryArchive reader(good.data(), good.size(), ArchiveDirection::Load);
-    EXPECT_FALSE(reader.IsStoring());
-    EXPECT_EQ(reader.Position(), 8u);
-
-    const Bytes wrong_second = {0x01, 0x00, 0x00, 0x00, 0x1A, 0xD2, 0x5F, 0x39};
-    const Bytes wrong_first = {0x02, 0x00, 0x00, 0x00, 0x1A, 0xD2, 0x5F, 0x38};
-    for (const Bytes& bad : {wrong_second, wrong_first, Bytes(good.begin(), good.end() - 1)}) {
-        EXPECT_THROW(BinaryArchive(bad.data(), bad.size(), ArchiveDirection::Load), ArchiveException);
+    const auto at_start = [](BinaryArchive& a) { EXPECT_TRUE(!a.IsStoring() && a.Position() == 8u); };
+    EXPECT_EQ(LoadBoth(kHeader, at_start, {0x01}), std::pair(-1L, -1L));
+    const std::pair<Bytes, long> bad_headers[] = {{{0x01, 0x00, 0x00, 0x00, 0x1A, 0xD2, 0x5F, 0x39}, 0},
+                                                  {{0x02, 0x00, 0x00, 0x00, 0x1A, 0xD2, 0x5F, 0x38}, 0},
+                                                  {Bytes(kHeader.begin(), kHeader.end() - 1), 4},
+                                                  {{}, 0}};
+    for (const auto& [bad, offset] : bad_headers) {
+        EXPECT_EQ(LoadBoth(bad, at_start), std::pair(offset, offset)) << ::testing::PrintToString(bad);
     }
-    EXPECT_THROW(BinaryArchive(good.data(), good.size(), ArchiveDirection::Store), std::invalid_argument);
 }
 
-TEST(BinaryArchiveLayoutTest, ItemsAreLittleEndianWithoutPadding) {
-    const Bytes stored = StoreToMemory([](BinaryArchive& a) {
-        std::int8_t i8 = -2;
-        std::uint16_t u16 = 0x0102;
-        std::int32_t i32 = -2;
-        double f64 = 1.0;
-        std::string text = "ab";
-        TransferAll(a, i8, u16, i32, f64, text);
-    });
-    EXPECT_EQ(stored,
-              (Bytes{0x01, 0x00, 0x00, 0x00, 0x1A, 0xD2, 0x5F, 0x38, 0xFE, 0x02, 0x01, 0xFE, 0xFF, 0xFF, 0xFF,
-                     0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0xF0, 0x3F, 0x02, 0x00, 0x00, 0x00, 'a',  'b'}));
-}
-
-TEST(BinaryArchiveLayoutTest, EmptyStringTakesFourBytes) {
-    const Bytes stored = StoreToMemory([](BinaryArchive& a) {
-        std::string empty;
-        a.Transfer(empty);
-    });
-    EXPECT_EQ(stored.size(), 12u);
-    BinaryArchive reader(stored.data(), stored.size(), ArchiveDirection::Load);
-    std::string text = "stale";
-    reader.Transfer(text);
-    EXPECT_EQ(text, "");
-}
-
-TEST(BinaryArchiveRoundTripTest, MemoryKeepsEveryKind) {
+TEST(BinaryArchiveRoundTripTest, EveryKindIsLittleEndianWithoutPaddingInMemoryAndFile) {
     Sample original;
-    const Bytes stored = StoreToMemory([&](BinaryArchive& a) { original.Stream(a); });
-    ASSERT_EQ(stored.size(), kSampleEnd);
-    BinaryArchive reader(stored.data(), stored.size(), ArchiveDirection::Load);
-    Sample loaded = Sample::Stale();
-    loaded.Stream(reader);
-    EXPECT_EQ(loaded.Fields(), original.Fields());
-    EXPECT_EQ(reader.Position(), kSampleEnd);
-}
-
-TEST(BinaryArchiveRoundTripTest, FileKeepsEveryKindAndStopsAfterTheItems) {
+    Bytes stored(256);
+    BinaryArchive archive(stored.data(), stored.size(), ArchiveDirection::Store);
+    original.Stream(archive);
+    stored.resize(archive.Position());
+    EXPECT_EQ(stored, kStoredSample);
     TempFile file;
-    ASSERT_GE(file.fd, 0);
-    Sample original;
     BinaryArchive writer(file.fd, ArchiveDirection::Store);
     original.Stream(writer);
-    EXPECT_EQ(writer.Position(), kSampleEnd);
-    ASSERT_EQ(::write(file.fd, "Z", 1), 1);  // someone else continues through the same descriptor
+    EXPECT_EQ(writer.Position(), kStoredSample.size());
+    Bytes written(kStoredSample.size() + 1);
+    EXPECT_EQ(::pread(file.fd, written.data(), written.size(), 0),
+              static_cast<ssize_t>(kStoredSample.size()));
+    EXPECT_EQ(Bytes(written.begin(), written.end() - 1), kStoredSample);
 
-    ::lseek(file.fd, 0, SEEK_SET);
-    BinaryArchive reader(file.fd, ArchiveDirection::Load);
-    Sample loaded = Sample::Stale();
-    loaded.Stream(reader);
-    EXPECT_EQ(loaded.Fields(), original.Fields());
-    EXPECT_EQ(::lseek(file.fd, 0, SEEK_CUR), static_cast<off_t>(kSampleEnd));
-    char next = 0;
-    EXPECT_EQ(::read(file.fd, &next, 1), 1);
-    EXPECT_EQ(next, 'Z');
+    const auto read = [&](BinaryArchive& a) {
+        Sample loaded = {1, 2, 3, 4, 5, 6, 7.0, 8.0, "stale", "stale"};
+        loaded.Stream(a);
+        EXPECT_EQ(loaded.Fields(), original.Fields());
+        EXPECT_EQ(a.Position(), kStoredSample.size());
+    };
+    EXPECT_EQ(LoadBoth(kStoredSample, read, {0x01}), std::pair(-1L, -1L));
 }
 
-TEST(BinaryArchiveBoundsTest, ShortMemoryRaisesAtTheExactByte) {
-    Bytes stored = StoreToMemory([](BinaryArchive& a) {
-        std::int32_t first = 10, second = 20;
-        TransferAll(a, first, second);
-    });
-    stored.resize(14);
-    BinaryArchive reader(stored.data(), stored.size(), ArchiveDirection::Load);
+TEST(BinaryArchiveBoundsTest, ShortDataRaisesAtTheOffsetOfTheFailingAccess) {
     std::int32_t value = 0;
-    reader.Transfer(value);
-    EXPECT_EQ(value, 10);
-    EXPECT_EQ(FailureOffset([&] { reader.Transfer(value); }), 12);
-    std::uint16_t rest = 0;  // the two bytes that are there can still be taken
-    reader.Transfer(rest);
-    EXPECT_EQ(rest, 20u);
-}
-
-TEST(BinaryArchiveBoundsTest, BadStringLengthsRaise) {
-    Bytes cut = StoreToMemory([](BinaryArchive& a) {
-        std::string text = "abcdef";
-        a.Transfer(text);
-    });
-    cut.pop_back();
-    BinaryArchive cut_reader(cut.data(), cut.size(), ArchiveDirection::Load);
-    std::string text;
-    EXPECT_EQ(FailureOffset([&] { cut_reader.Transfer(text); }), 12);
-
-    const Bytes negative = StoreToMemory([](BinaryArchive& a) {
-        std::int32_t length = -1;
-        a.Transfer(length);
-    });
-    BinaryArchive negative_reader(negative.data(), negative.size(), ArchiveDirection::Load);
-    EXPECT_EQ(FailureOffset([&] { negative_reader.Transfer(text); }), 8);
-}
-
-TEST(BinaryArchiveBoundsTest, ShortFileRaises) {
-    TempFile file;
-    ASSERT_GE(file.fd, 0);
-    EXPECT_THROW(BinaryArchive(file.fd, ArchiveDirection::Load), ArchiveException);
-
-    BinaryArchive writer(file.fd, ArchiveDirection::Store);
-    std::int32_t huge_length = std::numeric_limits<std::int32_t>::max();
-    std::uint16_t half = 7;
-    TransferAll(writer, huge_length, half);
-    ::lseek(file.fd, 0, SEEK_SET);
-    BinaryArchive reader(file.fd, ArchiveDirection::Load);
     std::string text = "kept";
-    EXPECT_THROW(reader.Transfer(text), ArchiveException);
+    const auto read_text = [&](BinaryArchive& a) { a.Transfer(text); };
+    const Bytes short_int = Stored(2, std::int32_t{10}, std::int32_t{20});
+    const std::tuple<Bytes, std::function<void(BinaryArchive&)>, long> cases[] = {
+        {short_int, [&](BinaryArchive& a) { TransferAll(a, value, value); }, 12},
+        {Stored(1, std::string("abcdef")), read_text, 12},
+        {Stored(0, std::int32_t{-1}), read_text, 8},
+        {Stored(0, std::numeric_limits<std::int32_t>::max(), std::uint16_t{7}), read_text, 12}};
+    for (const auto& [bytes, read, offset] : cases) {
+        EXPECT_EQ(LoadBoth(bytes, read), std::pair(offset, offset)) << ::testing::PrintToString(bytes);
+    }
+    EXPECT_EQ(value, 10);
     EXPECT_EQ(text, "kept");
 
-    ::lseek(file.fd, 0, SEEK_SET);
-    BinaryArchive second_reader(file.fd, ArchiveDirection::Load);
-    std::int32_t length = 0;
-    std::uint32_t beyond = 0;
-    second_reader.Transfer(length);
-    EXPECT_EQ(FailureOffset([&] { second_reader.Transfer(beyond); }), 12);
+    BinaryArchive reader(short_int.data(), short_int.size(), ArchiveDirection::Load);
+    EXPECT_EQ(FailureOffset([&] { TransferAll(reader, value, value); }), 12);
+    std::uint16_t rest = 0;  // a failed access takes nothing from memory: the two bytes left can be read
+    reader.Transfer(rest);
+    EXPECT_EQ(rest, 20u);
 }
 
 }  // namespace
