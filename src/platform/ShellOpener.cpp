@@ -7,7 +7,6 @@
 #include <mutex>
 #include <vector>
 
-extern char** environ;
 
 namespace rivulet {
 
