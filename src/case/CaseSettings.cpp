@@ -127,15 +127,15 @@ void CaseSettings::CopyFrom(const CaseSettings& other) {
     ReservedText2 = other.ReservedText2;
 }
 
-bool CaseSettings::StreamData(BinaryArchive* archive, std::int32_t version) {
-    if (archive == nullptr) return false;
+std::int32_t CaseSettings::StreamData(BinaryArchive* archive, std::int32_t version) {
+    if (archive == nullptr) return 1;
     const bool storing = archive->IsStoring();
     if (storing) {
         version = kCurrentVersion;
     } else {
         ResetToDefaults();
     }
-    if (version < 1) return true;
+    if (version < 1) return 0;
 
     archive->Transfer(FileName);
     std::int32_t local = IsLocalMachine ? 1 : 0;
@@ -150,11 +150,11 @@ bool CaseSettings::StreamData(BinaryArchive* archive, std::int32_t version) {
     archive->Transfer(IprModel);
     archive->Transfer(UnconnectedState);
 
-    if (version < kVersionTemperature) return true;
+    if (version < kVersionTemperature) return 0;
     archive->Transfer(DefaultFluidTemp);
     archive->Transfer(FluidTempUnit);
 
-    if (version < kVersionCluster) return true;
+    if (version < kVersionCluster) return 0;
     archive->Transfer(ParallelCount);
     archive->Transfer(LinuxQueue);
     archive->Transfer(Reserved1);
@@ -163,7 +163,7 @@ bool CaseSettings::StreamData(BinaryArchive* archive, std::int32_t version) {
     archive->Transfer(ReservedReal2);
     archive->Transfer(ReservedText1);
     archive->Transfer(ReservedText2);
-    return true;
+    return 0;
 }
 
 std::string CaseSettings::CaseFileName() const {

@@ -3,13 +3,16 @@
 #include <cstdint>
 #include <string>
 
+#include "dataserver/ExtDataServerObject.h"
+
 namespace rivulet {
 
 class BinaryArchive;
+class CExtDataServerTag;
 
 // What the user decides about one reservoir case: where the case lives, where it runs and how the
 // controller treats its wells. Streamed into the model string as the "CaseDetails" section.
-class CaseSettings {
+class CaseSettings : public CExtDataServerObject {
   public:
     // Section version written by this build.
     static constexpr std::int32_t kCurrentVersion = 5;
@@ -37,11 +40,22 @@ class CaseSettings {
     std::string ReservedText1;
     std::string ReservedText2;
 
-    // Stores the whole section, or resets to defaults and loads what a section of `version` holds.
-    // False only for a null archive; a section cut short raises ArchiveException from the archive.
-    bool StreamData(BinaryArchive* archive, std::int32_t version);
+    // The lowest and highest port a head node may listen on.
+    static constexpr std::int32_t kMinimumPort = 1024;
+    static constexpr std::int32_t kMaximumPort = 65535;
 
-    std::string GetDataServerName() const { return "CaseDetails"; }
+    // Stores the whole section, or resets to defaults and loads what a section of `version` holds.
+    // 1 only for a null archive; a section cut short raises ArchiveException from the archive.
+    std::int32_t StreamData(BinaryArchive* archive, std::int32_t version) override;
+
+    std::string GetDataServerName() const override { return "CaseDetails"; }
+    // "CaseDetails." and one of the case variables, read or written as they stand: no rule applies here.
+    std::int32_t ProcessAccessString(CExtDataServerTag& tag, std::uint32_t unused = 0) override;
+    // A write through an access string under the rules of the run's state: made on a copy, refused with a
+    // message in the cursor while `running`, refused for the file, machine, head node and port once
+    // `started`, and checked for an empty file name or a port out of range before that. The settings change
+    // only when the write is recognised and nothing was refused. The answer is ProcessAccessString's.
+    std::int32_t UpdateFromAccessString(CExtDataServerTag& tag, bool running, bool started);
 
     void CopyFrom(const CaseSettings& other);
     void ResetToDefaults();

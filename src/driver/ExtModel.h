@@ -19,6 +19,8 @@
 
 namespace rivulet {
 
+class CExtDataServerTag;
+
 // The ten field totals, in this order.
 enum FieldTotal : int {
     kGasInjectionRate,
@@ -119,7 +121,16 @@ class CExtModel : public CExtInterface {
     OleDate ReportDateTime() const { return ReportDate; }
 
   private:
+    friend struct ExtModelProbe;  // tests put the model in states that need a simulator
     using Guard = std::lock_guard<std::recursive_mutex>;
+
+    // The job session reports that its job has started.
+    bool HasSessionStarted() const;
+    // The field totals, "RunStartDate" and "CurrentSimTime".
+    bool ProcessModelVariable(CExtDataServerTag& tag);
+    // The answer of GetVar or SetVar once every object has been offered the string.
+    std::int32_t FinishAccess(CExtDataServerTag& tag, bool recognised, bool caseRecognised,
+                              tErrorRecord* err);
 
     void ResetRun();
     void CreateSession(std::string& error);

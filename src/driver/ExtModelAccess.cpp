@@ -1,8 +1,11 @@
-// Variables and commands by access string. Every string starts with the driver's name, in any case.
-#include <strings.h>
+// Variables and commands by access string. Every string starts with the driver's name, in any case; the
+// case, the wells, the fluid, the field and the run's times are offered the rest in that order, and the
+// first to recognise it wins.
+#include <algorithm>
+#include <cstring>
 
-#include <string>
-
+#include "dataserver/ExtDataServerTag.h"
+#include "driver/BoundaryDate.h"
 #include "driver/ErrorRecord.h"
 #include "driver/ExtModel.h"
 
@@ -10,36 +13,91 @@ namespace rivulet {
 
 namespace {
 
-// The name that starts an access string: everything before the first ".", "[" or "(".
-std::string FirstName(const char* text) {
-    std::string s(text);
-    return s.substr(0, s.find_first_of(".[("));
-}
+constexpr const char* kRootName = "tNavigator";
 
-bool RootMatches(const char* text) {
-    return strcasecmp(FirstName(text).c_str(), "tNavigator") == 0;
-}
+struct FieldVariable {
+    const char* name;
+    FieldTotal total;
+};
 
-// The name that follows the root, for commands.
-std::string SecondName(const char* text) {
-    std::string s(text);
-    const std::size_t dot = s.find('.');
-    if (dot == std::string::npos) return {};
-    s = s.substr(dot + 1);
-    return s.substr(0, s.find_first_of(".[("));
-}
+// In the order in which they are tried.
+constexpr FieldVariable kFieldVariables[] = {
+    {"GasProductionRate", kGasProductionRate},     {"OilProductionRate", kOilProductionRate},
+    {"WaterProductionRate", kWaterProductionRate}, {"GasInjectionRate", kGasInjectionRate},
+    {"WaterInjectionRate", kWaterInjectionRate},   {"GasInjectionTotal", kGasInjectionTotal},
+    {"WaterInjectionTotal", kWaterInjectionTotal}, {"GasProductionTotal", kGasProductionTotal},
+    {"OilProductionTotal", kOilProductionTotal},   {"WaterProductionTotal", kWaterProductionTotal},
+};
 
 }  // namespace
+
+bool CExtModel::HasSessionStarted() const {
+    return Session && Session->HasJobStarted();
+}
+
+bool CExtModel::ProcessModelVariable(CExtDataServerTag& tag) {
+    const std::string next = tag.PeekName();
+    if (next == "Field" || next == "FIELD") {
+        tag.MatchName(next.c_str());
+        for (const FieldVariable& variable : kFieldVariables) {
+            double value = FieldTotals[variable.total];
+            if (tag.BindDouble(variable.name, value)) return true;
+        }
+    }
+    // The date is formatted only when asked for: this name is tried for every string that nothing else took.
+    if (tag.MatchName("RunStartDate")) {
+        if (tag.GetMode() == CExtDataServerTag::kGet) tag.SetValueText(StartDate.Format("%d %b %Y").c_str());
+        return true;
+    }
+    double elapsed = 0.0;
+    if (StartDate.IsValid() && CurrentDate.IsValid()) {
+        elapsed =
+            std::max(0.0, OleDate::Continuous(CurrentDate.Days()) - OleDate::Continuous(StartDate.Days()));
+    }
+    return tag.BindDouble("CurrentSimTime", elapsed);
+}
+
+std::int32_t CExtModel::FinishAccess(CExtDataServerTag& tag, bool recognised, bool caseRecognised,
+                                     tErrorRecord* err) {
+    if (!tag.HasError()) return recognised ? 0 : 1;
+
+    // During a run the host hears of a failed access through its notification callbacks and goes on.
+    if (IsRunActive() && (ProgressCallback != nullptr || StatusCallback != nullptr)) {
+        if (ProgressCallback != nullptr) ProgressCallback(tag.GetErrorText().c_str(), this);
+        if (StatusCallback != nullptr) StatusCallback(tag.GetErrorText().c_str(), this);
+        tag.ClearErrorText();
+        tag.SetValueText("0");
+        return 0;
+    }
+    const bool setting = tag.GetMode() == CExtDataServerTag::kSet;
+    if (!caseRecognised && !HasSessionStarted() && (setting || !RunInitialised)) {
+        WriteText(err, setting ? "Error: Only CaseDetails can be edited when the simulator is not running."
+                               : "Error: Only the CaseDetails can be read before the simulator is started.");
+        return 1;
+    }
+    WriteText(err, tag.GetErrorText());
+    return 1;
+}
 
 std::int32_t CExtModel::GetVar(tGetVarData* data, tErrorRecord* err) {
     if (data == nullptr || data->pszAccess == nullptr) {
         WriteText(err, "A null data item was provided to GetVar().");
         return 1;
     }
-    if (!RootMatches(data->pszAccess)) return 1;
+    auto tag = CExtDataServerTag::ForGet(data->pszAccess, data->szValue, sizeof data->szValue);
+    if (!tag.MatchName(kRootName)) return 1;
     Guard lock(Lock);
-    WriteText(err, "Variables cannot be read by access string in this build of the driver.");
-    return 1;
+
+    const bool caseRecognised = Settings.ProcessAccessString(tag) != 0;
+    bool recognised = caseRecognised;
+    if (!recognised && !Reservoir) {
+        tag.SetErrorText("Case data does not yet exist.");
+        recognised = true;
+    }
+    if (!recognised) recognised = Reservoir->wells.ProcessAccessString(tag, false, 0, {}) != 0;
+    if (!recognised) recognised = Reservoir->fluid.ProcessAccessString(tag) != 0;
+    if (!recognised) recognised = ProcessModelVariable(tag);
+    return FinishAccess(tag, recognised, caseRecognised, err);
 }
 
 std::int32_t CExtModel::SetVar(tSetVarData* data, tErrorRecord* err) {
@@ -47,10 +105,15 @@ std::int32_t CExtModel::SetVar(tSetVarData* data, tErrorRecord* err) {
         WriteText(err, "A null data item was provided to SetVar().");
         return 1;
     }
-    if (!RootMatches(data->pszAccess)) return 1;
+    auto tag = CExtDataServerTag::ForSet(data->pszAccess, data->pszValue);
+    if (!tag.MatchName(kRootName)) return 1;
     Guard lock(Lock);
-    WriteText(err, "Variables cannot be written by access string in this build of the driver.");
-    return 1;
+
+    const bool caseRecognised = Settings.UpdateFromAccessString(tag, IsRunActive(), HasSessionStarted()) != 0;
+    bool recognised = caseRecognised;
+    // Without reservoir data there are no wells, and the string is simply not recognised.
+    if (!recognised && Reservoir) recognised = Reservoir->wells.ProcessAccessString(tag, false, 0, {}) != 0;
+    return FinishAccess(tag, recognised, caseRecognised, err);
 }
 
 std::int32_t CExtModel::DoCmd(const char* command, tErrorRecord* err) {
@@ -58,11 +121,23 @@ std::int32_t CExtModel::DoCmd(const char* command, tErrorRecord* err) {
         WriteText(err, "A null data item was provided to DoCmd().");
         return 1;
     }
-    if (!RootMatches(command)) return 1;
-    if (strcasecmp(SecondName(command).c_str(), "RunToTime") != 0)
-        return 0;  // an unknown command counts as done
-    WriteText(err, "RunToTime is not available in this build of the driver.");
-    return 1;
+    auto tag = CExtDataServerTag::ForCommand(command);
+    if (!tag.MatchName(kRootName)) return 1;
+
+    CExtDataServerCmdArgumentCollection arguments;
+    if (tag.ParseCommand("RunToTime", arguments, 1, 1) < 0) return 0;  // an unknown command counts as done
+    if (tag.HasError()) {
+        WriteText(err, tag.GetErrorText());
+        return 1;
+    }
+
+    // The target lies N days after the run's start, whatever the current date.
+    const double days = arguments.GetAt(0)->realValue;
+    const double target = OleDate::FromContinuous(OleDate::Continuous(StartDate.Days()) + days);
+    tTimestepData step{};
+    DateToBoundary(CurrentDate, &step.stStart);
+    DateToBoundary(OleDate::FromDays(target), &step.stTarget);
+    return Timestep(&step, err) == 0 ? 0 : 1;
 }
 
 }  // namespace rivulet

@@ -82,7 +82,7 @@ std::int32_t CExtModel::SaveModelString(char* buffer, std::int32_t size, tErrorR
                               ArchiveDirection::Store);
         std::int32_t version = kModelVersion;
         archive.Transfer(version);
-        if (!Settings.StreamData(&archive, version)) {
+        if (Settings.StreamData(&archive, version) != 0) {
             WriteText(err, "Unable to save case settings.");
             return 1;
         }
@@ -119,7 +119,7 @@ std::int32_t CExtModel::LoadModelString(tLoadModelData* data, tErrorRecord* err)
             WriteText(err, "Unable to load model: stored version is too new");
             return 1;
         }
-        if (!Settings.StreamData(&archive, version)) {
+        if (Settings.StreamData(&archive, version) != 0) {
             WriteText(err, "Unable to load case settings.");
             return 1;
         }

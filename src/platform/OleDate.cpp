@@ -85,6 +85,16 @@ OleDate OleDate::LocalNow() {
 }
 
 std::string OleDate::FormatLocale() const {
+    return Format("%x");
+}
+
+double OleDate::FromContinuous(double days) {
+    if (days > -kHalfSecond) return days;
+    const double whole = std::floor(days);
+    return whole - days + whole;
+}
+
+std::string OleDate::Format(const char* pattern) const {
     const auto t = ToCalendar();
     if (!t) return {};
     std::tm tm{};
@@ -99,10 +109,10 @@ std::string OleDate::FormatLocale() const {
     locale_t userLocale = newlocale(LC_TIME_MASK, "", static_cast<locale_t>(0));
     std::size_t n = 0;
     if (userLocale != static_cast<locale_t>(0)) {
-        n = strftime_l(text, sizeof(text), "%x", &tm, userLocale);
+        n = strftime_l(text, sizeof(text), pattern, &tm, userLocale);
         freelocale(userLocale);
     } else {
-        n = std::strftime(text, sizeof(text), "%x", &tm);
+        n = std::strftime(text, sizeof(text), pattern, &tm);
     }
     return std::string(text, n);
 }

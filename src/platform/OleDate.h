@@ -43,9 +43,13 @@ class OleDate {
     std::optional<CalendarTime> ToCalendar() const;
     // The date in the user's locale format ("%x" under LC_TIME); empty when it cannot be formatted.
     std::string FormatLocale() const;
+    // The date through a strftime pattern under the user's LC_TIME; empty when it cannot be formatted.
+    std::string Format(const char* pattern) const;
 
     // The date on a continuous axis: a negative day number has its fraction turned to run forwards.
     static double Continuous(double days);
+    // Back from the continuous axis to a day number.
+    static double FromContinuous(double days);
 
     // Equal within half a second, after folding; dates that are not valid are equal only in status.
     bool operator==(const OleDate& other) const;

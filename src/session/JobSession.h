@@ -19,6 +19,8 @@ class CJobSession {
 
     // The manager exists and reports a connection.
     virtual bool IsConnected() const = 0;
+    // Connected and the job reports that it has started.
+    virtual bool HasJobStarted() const = 0;
     // Connected, the job has started and has not ended.
     virtual bool IsJobRunning() const = 0;
     // True when not connected or the job has ended; false when there is no job.

@@ -2,6 +2,10 @@
 
 namespace rivulet {
 
+std::int32_t WellData::ProcessAccessString(CExtDataServerTag&, std::uint32_t) {
+    return 0;
+}
+
 bool WellData::SetUnderVaneControl(std::string& warning) {
     const bool reverted = underTapServerControl;
     underTapServerControl = false;

@@ -4,13 +4,21 @@
 #include <cstdint>
 #include <string>
 
+#include "dataserver/ExtDataServerObject.h"
+
 namespace rivulet {
 
 // Well type codes: 0 undefined, 1 injector, 2 producer.
 enum WellType : std::int32_t { kWellUndefined = 0, kWellInjector = 1, kWellProducer = 2 };
 
-class WellData {
+class WellData : public CExtDataServerObject {
   public:
+    std::string GetDataServerName() const override { return name; }
+    // A well's variables are not served by this build: every name after the well's key is left
+    // unrecognised.
+    std::int32_t ProcessAccessString(CExtDataServerTag& tag, std::uint32_t unused = 0) override;
+    void CopyFrom(const WellData& other) { *this = other; }
+
     std::string name;
     std::int32_t wellType = kWellUndefined;
     bool underVaneControl = false;

@@ -46,6 +46,15 @@ TEST(OleDate, EqualityAllowsHalfASecondAfterFoldingNegativeDays) {
     EXPECT_FALSE(OleDate::FromDays(-1.75) < OleDate::FromDays(-1.25));
 }
 
+TEST(OleDate, DaysAddOnTheContinuousAxis) {
+    // 29 December 1899 06:00 plus a day and a half is 30 December 18:00; 1 January less 3.25 days is
+    // 28 December 18:00, day -2 with the fraction running forwards.
+    EXPECT_DOUBLE_EQ(OleDate::FromContinuous(OleDate::Continuous(-1.25) + 1.5), 0.75);
+    EXPECT_DOUBLE_EQ(OleDate::FromContinuous(OleDate::Continuous(2.0) - 3.25), -2.75);
+    EXPECT_DOUBLE_EQ(OleDate::FromContinuous(OleDate::Continuous(-1.25)), -1.25);
+    EXPECT_EQ(OleDate::FromDays(42000.5).Format("%d %b %Y %H"), "27 Dec 2014 12");
+}
+
 TEST(OleDate, NullAndInvalidAreNeitherBeforeNorAfterAnything) {
     EXPECT_FALSE(OleDate::Null() < OleDate::FromDays(1.0));
     EXPECT_FALSE(OleDate::FromDays(1.0) < OleDate::Invalid());
