@@ -131,12 +131,16 @@ std::int32_t CExtModel::DoCmd(const char* command, tErrorRecord* err) {
         return 1;
     }
 
-    // The target lies N days after the run's start, whatever the current date.
+    // The target lies N days after the run's start, whatever the current date. The lock is held only to
+    // read the dates; Timestep takes it for each of its passes.
     const double days = arguments.GetAt(0)->realValue;
-    const double target = OleDate::FromContinuous(OleDate::Continuous(StartDate.Days()) + days);
     tTimestepData step{};
-    DateToBoundary(CurrentDate, &step.stStart);
-    DateToBoundary(OleDate::FromDays(target), &step.stTarget);
+    {
+        Guard lock(Lock);
+        const double target = OleDate::FromContinuous(OleDate::Continuous(StartDate.Days()) + days);
+        DateToBoundary(CurrentDate, &step.stStart);
+        DateToBoundary(OleDate::FromDays(target), &step.stTarget);
+    }
     return Timestep(&step, err) == 0 ? 0 : 1;
 }
 
