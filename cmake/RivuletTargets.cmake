@@ -21,5 +21,6 @@ function(rivulet_unit_tests name)
   add_executable(${name}_tests ${ARG_SOURCES})
   target_link_libraries(${name}_tests PRIVATE ${ARG_LIBS} GTest::gtest GTest::gtest_main GTest::gmock)
   gtest_discover_tests(${name}_tests DISCOVERY_MODE PRE_TEST
-                       PROPERTIES ENVIRONMENT "RIVULET_TEST_DATA=${CMAKE_CURRENT_SOURCE_DIR}/tests")
+                       PROPERTIES ENVIRONMENT
+                         "RIVULET_TEST_DATA=${CMAKE_CURRENT_SOURCE_DIR}/tests;RIVULET_REGISTRY=${CMAKE_BINARY_DIR}/test-registry.reg")
 endfunction()

@@ -11,10 +11,15 @@ namespace rivulet {
 
 class CaseDlg final : public ModalDialog {
   public:
-    explicit CaseDlg(const CaseSettings& settings) { Edited.CopyFrom(settings); }
+    // A model without a case file starts from the user's last-used values.
+    explicit CaseDlg(const CaseSettings& settings) {
+        Edited.CopyFrom(settings);
+        if (Edited.FileName.empty()) Edited.LoadLastUsed();
+    }
 
     std::string Title() const override { return "tNavigator Case"; }
-    bool OnOk() override { return true; }
+    // What is accepted becomes the user's last-used values.
+    bool OnOk() override { return Edited.SaveLastUsed(); }
 
     // The settings as the dialog leaves them.
     CaseSettings Edited;

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "common/BinaryArchive.h"
+#include "common/Trim.h"
 
 namespace rivulet {
 
@@ -70,14 +71,6 @@ constexpr std::array<Choice, 2> kUnconnectedState = {{
 }};
 
 constexpr std::string_view kSeparators = "/\\";
-constexpr std::string_view kBlanks = " \t\r\n\f\v";
-
-std::string Trimmed(std::string_view text) {
-    const auto first = text.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos) return {};
-    const auto last = text.find_last_not_of(kBlanks);
-    return std::string(text.substr(first, last - first + 1));
-}
 
 }  // namespace
 

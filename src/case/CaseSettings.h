@@ -58,6 +58,11 @@ class CaseSettings : public CExtDataServerObject {
     std::int32_t UpdateFromAccessString(CExtDataServerTag& tag, bool running, bool started);
 
     void CopyFrom(const CaseSettings& other);
+    // The last-used values of the current user. A missing value leaves its field as it was and makes the
+    // answer false; the parallel count always returns to 0, and a missing queue empties the queue.
+    bool LoadLastUsed();
+    // Writes every last-used value, the parallel count included; always true.
+    bool SaveLastUsed() const;
     void ResetToDefaults();
 
     // Parts of FileName; '/' and '\' both separate directories.

@@ -111,14 +111,27 @@ std::uint32_t ExtCmd(void* instance, std::uint64_t window, std::uint32_t command
 std::uint32_t ExtConfigure(void* parent, tErrorRecord* err) {
     ModuleStateGuard state;
     ClearRecord(err);
-    CConfigureDlg dialog;
-    CurrentUserInterface().RunModal(reinterpret_cast<std::uintptr_t>(parent), dialog);
+    try {
+        CConfigureDlg dialog;
+        dialog.Accepted = [] { TheApp().Config.Store(); };
+        CurrentUserInterface().RunModal(reinterpret_cast<std::uintptr_t>(parent), dialog);
+    } catch (...) {
+        // The dialog's failure is the user's to see; the host is told nothing.
+    }
     return 0;
 }
 
-void ExtCopyConfigure(std::uint64_t, char**) {
+void ExtCopyConfigure(std::uint64_t hive, char** keyName) {
     ModuleStateGuard state;
-    // The machine configuration store is not part of this build: there is nothing to copy into.
+    if (keyName == nullptr || *keyName == nullptr) return;
+    try {
+        // Brings another version's configuration forward; the ports stay this machine's own.
+        MachineConfig& config = TheApp().Config;
+        config.Load(hive, std::string(*keyName) + "\\tNavigator");
+        config.Store();
+    } catch (...) {
+        // Nothing is reported from here; the configuration stays as far as it was read.
+    }
 }
 
 void ExtHelp() {

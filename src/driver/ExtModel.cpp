@@ -5,6 +5,7 @@
 #include <cctype>
 
 #include "case/CaseDlg.h"
+#include "common/Trim.h"
 #include "driver/ErrorRecord.h"
 #include "driver/SimCalcCallbacks.h"
 #include "inflowkit/InflowKit.h"
@@ -153,10 +154,7 @@ std::int32_t CExtModel::ImportComposition(HostWindow, void*, bool, tErrorRecord*
 }
 
 std::int32_t CExtModel::SetAlias(const char* alias, tErrorRecord* err) {
-    std::string text = alias != nullptr ? alias : "";
-    const auto notSpace = [](unsigned char c) { return !std::isspace(c); };
-    text.erase(text.begin(), std::find_if(text.begin(), text.end(), notSpace));
-    text.erase(std::find_if(text.rbegin(), text.rend(), notSpace).base(), text.end());
+    std::string text = Trimmed(alias != nullptr ? alias : "");
     if (text.empty()) {
         WriteText(err, "Error: Alias cannot be empty or whitespace-only.");
         return 1;

@@ -1,8 +1,11 @@
-// The process-wide application object: it owns the record of live model instances.
+// The process-wide application object: the machine configuration and the record of live model instances.
 #pragma once
 
 #include <cstddef>
 #include <set>
+
+#include "case/CaseSettings.h"
+#include "session/MachineConfig.h"
 
 namespace rivulet {
 
@@ -10,6 +13,11 @@ class CExtModel;
 
 class CRivuletApp {
   public:
+    // Default case values, which nothing reads.
+    CaseSettings Settings;
+    // The machine configuration, loaded when the application object is made.
+    MachineConfig Config;
+
     // Inserts a live instance; a null pointer or one already present is refused without effect.
     bool RegisterInstance(CExtModel* model);
     // Removes an instance; no effect if it is absent.

@@ -2,11 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <string>
 #include <tuple>
 #include <vector>
 
+#include "case/CaseDlg.h"
 #include "common/BinaryArchive.h"
 
 namespace rivulet {
@@ -163,6 +169,65 @@ TEST(CaseSettingsTemperatureTest, ConvertsToFahrenheitOrGivesTheUnsetValue) {
         std::tie(s.FluidTempUnit, s.DefaultFluidTemp) = std::make_tuple(unit, temperature);
         EXPECT_DOUBLE_EQ(s.DefaultFluidTempF(), fahrenheit) << unit << " " << temperature;
     }
+}
+
+}  // namespace
+}  // namespace rivulet
+
+namespace rivulet {
+namespace {
+
+class CaseSettingsLastUsedTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        path_ = std::filesystem::temp_directory_path() / ("rivulet-last-used-" + std::to_string(::getpid()));
+        ::setenv("RIVULET_REGISTRY", path_.c_str(), 1);
+    }
+    void TearDown() override {
+        ::unsetenv("RIVULET_REGISTRY");
+        std::filesystem::remove(path_);
+        std::filesystem::remove(path_.string() + ".lock");
+    }
+    std::filesystem::path path_;
+};
+
+TEST_F(CaseSettingsLastUsedTest, SavedValuesComeBackButTheParallelCount) {
+    CaseSettings saved;
+    saved.FileName = "/data/run/CASE.DATA";
+    saved.IsLocalMachine = false;
+    saved.HeadNodePort = 6000;
+    saved.DefaultFluidTemp = 212.5;
+    saved.IprAlpha = 4;
+    saved.ParallelCount = 8;
+    saved.LinuxQueue = "long";
+    EXPECT_TRUE(saved.SaveLastUsed());
+    CaseSettings loaded;
+    EXPECT_TRUE(loaded.LoadLastUsed());
+    saved.ParallelCount = 0;
+    CaseSettings expected;
+    expected.CopyFrom(saved);
+    EXPECT_EQ(Fields(loaded), Fields(expected));
+
+    // The case dialog offers them to a model without a case file, and keeps a model's own case.
+    EXPECT_EQ(CaseDlg(CaseSettings()).Edited.IprAlpha, 4);
+    CaseSettings own;
+    own.FileName = "/own/OWN.DATA";
+    EXPECT_EQ(CaseDlg(own).Edited.IprAlpha, 1);
+}
+
+TEST_F(CaseSettingsLastUsedTest, MissingOrBadValuesLeaveTheirFields) {
+    std::ofstream(path_) << "REGEDIT4\n\n[Software\\Quillon\\Conflux\\ExtensionDlls110_64\\tNavigator]\n"
+                         << "\"Case\"=\"  /cases/A.DATA \"\n\"DefaultFluidTemp\"=\"hot\"\n"
+                         << "\"IprAlpha\"=\"3\"\n";
+    CaseSettings loaded;
+    loaded.LinuxQueue = "short";
+    loaded.ParallelCount = 4;
+    EXPECT_FALSE(loaded.LoadLastUsed());
+    EXPECT_EQ(loaded.FileName, "/cases/A.DATA");
+    EXPECT_EQ(loaded.DefaultFluidTemp, 250.0);
+    EXPECT_EQ(loaded.IprAlpha, 1);  // a text where a number belongs is not read
+    EXPECT_EQ(loaded.LinuxQueue, "");
+    EXPECT_EQ(loaded.ParallelCount, 0);
 }
 
 }  // namespace
