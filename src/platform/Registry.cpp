@@ -81,6 +81,11 @@ bool PrepareDirectory(const std::string& path) {
     return !error;
 }
 
+// The current user's hive, as a 32-bit handle or sign-extended to 64 bits as a 64-bit host passes it.
+bool IsCurrentUser(std::uint64_t hive) {
+    return hive == kHkeyCurrentUser || hive == (0xFFFFFFFF00000000ULL | kHkeyCurrentUser);
+}
+
 bool HasLineBreak(const std::string& text) {
     return text.find_first_of("\r\n") != std::string::npos;
 }
@@ -118,7 +123,7 @@ std::string Registry::FilePath() {
 
 bool Registry::ReadKey(std::uint64_t hive, const std::string& key, RegistryValues& values) {
     values.clear();
-    if (hive != kHkeyCurrentUser || HasLineBreak(key)) return false;
+    if (!IsCurrentUser(hive) || HasLineBreak(key)) return false;
     const std::string path = FilePath();
     {
         StoreLock lock(path, LOCK_SH);
@@ -143,7 +148,7 @@ bool Registry::ReadKey(std::uint64_t hive, const std::string& key, RegistryValue
 }
 
 bool Registry::WriteValues(std::uint64_t hive, const std::string& key, const RegistryValues& values) {
-    if (hive != kHkeyCurrentUser || HasLineBreak(key)) return false;
+    if (!IsCurrentUser(hive) || HasLineBreak(key)) return false;
     return UpdateStore([&](RegistryKeys& keys) {
         RegistryValues& target = keys[key];
         for (const auto& [name, value] : values) target[name] = value;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <functional>
@@ -17,9 +18,20 @@ namespace {
 using Bytes = std::vector<unsigned char>;
 const Bytes kHeader = {0x01, 0x00, 0x00, 0x00, 0x1A, 0xD2, 0x5F, 0x38};
 
-template <typename... Items>
-void TransferAll(BinaryArchive& archive, Items&... items) {
-    (archive.Transfer(items), ...);
+// One value of every item kind, at the edges of their ranges, and its archive.
+using Sample = std::tuple<std::int8_t, std::uint8_t, std::int16_t, std::uint16_t, std::int32_t, std::uint32_t,
+                          double, double, std::string, std::string>;
+const Sample kSample{
+    INT8_MIN, 0xFF, -12345, 0xBEEF, INT32_MIN, 0xDEADBEEF, -2.5, INFINITY, std::string("caf\xC3\xA9\0!", 7),
+    ""};
+const Bytes kStoredSample = {0x01, 0x00, 0x00, 0x00, 0x1A, 0xD2, 0x5F, 0x38, 0x80, 0xFF, 0xC7,
+                             0xCF, 0xEF, 0xBE, 0x00, 0x00, 0x00, 0x80, 0xEF, 0xBE, 0xAD, 0xDE,
+                             0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x04, 0xC0, 0x00, 0x00, 0x00,
+                             0x00, 0x00, 0x00, 0xF0, 0x7F, 0x07, 0x00, 0x00, 0x00, 'c',  'a',
+                             'f',  0xC3, 0xA9, 0x00, '!',  0x00, 0x00, 0x00, 0x00};
+
+void Stream(BinaryArchive& archive, Sample& sample) {
+    std::apply([&](auto&... items) { (archive.Transfer(items), ...); }, sample);
 }
 
 // The memory archive of `items` without its last `cut` bytes.
@@ -27,7 +39,7 @@ template <typename... Items>
 Bytes Stored(std::size_t cut, Items... items) {
     Bytes buffer(256);
     BinaryArchive archive(buffer.data(), buffer.size(), ArchiveDirection::Store);
-    TransferAll(archive, items...);
+    (archive.Transfer(items), ...);
     buffer.resize(archive.Position() - cut);
     return buffer;
 }
@@ -70,33 +82,10 @@ std::pair<long, long> LoadBoth(const Bytes& bytes, const std::function<void(Bina
             })};
 }
 
-// One value of every item kind, at the edges of their ranges, and its archive.
-struct Sample {
-    std::int8_t i8 = std::numeric_limits<std::int8_t>::min();
-    std::uint8_t u8 = 0xFF;
-    std::int16_t i16 = -12345;
-    std::uint16_t u16 = 0xBEEF;
-    std::int32_t i32 = std::numeric_limits<std::int32_t>::min();
-    std::uint32_t u32 = 0xDEADBEEF;
-    double f64 = -2.5;
-    double inf = std::numeric_limits<double>::infinity();
-    std::string text = std::string("caf\xC3\xA9\0!", 7);
-    std::string empty;
-
-    void Stream(BinaryArchive& a) { TransferAll(a, i8, u8, i16, u16, i32, u32, f64, inf, text, empty); }
-    auto Fields() const { return std::tie(i8, u8, i16, u16, i32, u32, f64, inf, text, empty); }
-};
-const Bytes kStoredSample = {0x01, 0x00, 0x00, 0x00, 0x1A, 0xD2, 0x5F, 0x38, 0x80, 0xFF, 0xC7,
-                             0xCF, 0xEF, 0xBE, 0x00, 0x00, 0x00, 0x80, 0xEF, 0xBE, 0xAD, 0xDE,
-                             0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x04, 0xC0, 0x00, 0x00, 0x00,
-                             0x00, 0x00, 0x00, 0xF0, 0x7F, 0x07, 0x00, 0x00, 0x00, 'c',  'a',
-                             'f',  0xC3, 0xA9, 0x00, '!',  0x00, 0x00, 0x00, 0x00};
-
 TEST(BinaryArchiveHeaderTest, StoresAndChecksTheTwoWords) {
     Bytes buffer(8);
     BinaryArchive archive(buffer.data(), buffer.size(), ArchiveDirection::Store);
-    EXPECT_TRUE(archive.IsStoring());
-    EXPECT_EQ(archive.Position(), 8u);
+    EXPECT_TRUE(archive.IsStoring() && archive.Position() == 8u);
     EXPECT_EQ(buffer, kHeader);
     std::uint8_t more = 0;
     EXPECT_EQ(FailureOffset([&] { archive.Transfer(more); }), 8);
@@ -116,25 +105,22 @@ TEST(BinaryArchiveHeaderTest, StoresAndChecksTheTwoWords) {
 }
 
 TEST(BinaryArchiveRoundTripTest, EveryKindIsLittleEndianWithoutPaddingInMemoryAndFile) {
-    Sample original;
-    Bytes stored(256);
-    BinaryArchive archive(stored.data(), stored.size(), ArchiveDirection::Store);
-    original.Stream(archive);
-    stored.resize(archive.Position());
+    Sample original = kSample;
+    Bytes stored(kStoredSample.size()), written(kStoredSample.size() + 1);
+    BinaryArchive memory(stored.data(), stored.size(), ArchiveDirection::Store);
+    Stream(memory, original);
     EXPECT_EQ(stored, kStoredSample);
     TempFile file;
     BinaryArchive writer(file.fd, ArchiveDirection::Store);
-    original.Stream(writer);
+    Stream(writer, original);
     EXPECT_EQ(writer.Position(), kStoredSample.size());
-    Bytes written(kStoredSample.size() + 1);
-    EXPECT_EQ(::pread(file.fd, written.data(), written.size(), 0),
-              static_cast<ssize_t>(kStoredSample.size()));
-    EXPECT_EQ(Bytes(written.begin(), written.end() - 1), kStoredSample);
+    written.resize(static_cast<std::size_t>(::pread(file.fd, written.data(), written.size(), 0)));
+    EXPECT_EQ(written, kStoredSample);
 
     const auto read = [&](BinaryArchive& a) {
         Sample loaded = {1, 2, 3, 4, 5, 6, 7.0, 8.0, "stale", "stale"};
-        loaded.Stream(a);
-        EXPECT_EQ(loaded.Fields(), original.Fields());
+        Stream(a, loaded);
+        EXPECT_EQ(loaded, kSample);
         EXPECT_EQ(a.Position(), kStoredSample.size());
     };
     EXPECT_EQ(LoadBoth(kStoredSample, read, {0x01}), std::pair(-1L, -1L));
@@ -144,9 +130,10 @@ TEST(BinaryArchiveBoundsTest, ShortDataRaisesAtTheOffsetOfTheFailingAccess) {
     std::int32_t value = 0;
     std::string text = "kept";
     const auto read_text = [&](BinaryArchive& a) { a.Transfer(text); };
+    const auto read_two = [&](BinaryArchive& a) { a.Transfer(value), a.Transfer(value); };
     const Bytes short_int = Stored(2, std::int32_t{10}, std::int32_t{20});
     const std::tuple<Bytes, std::function<void(BinaryArchive&)>, long> cases[] = {
-        {short_int, [&](BinaryArchive& a) { TransferAll(a, value, value); }, 12},
+        {short_int, read_two, 12},
         {Stored(1, std::string("abcdef")), read_text, 12},
         {Stored(0, std::int32_t{-1}), read_text, 8},
         {Stored(0, std::numeric_limits<std::int32_t>::max(), std::uint16_t{7}), read_text, 12}};
@@ -157,7 +144,7 @@ TEST(BinaryArchiveBoundsTest, ShortDataRaisesAtTheOffsetOfTheFailingAccess) {
     EXPECT_EQ(text, "kept");
 
     BinaryArchive reader(short_int.data(), short_int.size(), ArchiveDirection::Load);
-    EXPECT_EQ(FailureOffset([&] { TransferAll(reader, value, value); }), 12);
+    EXPECT_EQ(FailureOffset([&] { read_two(reader); }), 12);
     std::uint16_t rest = 0;  // a failed access takes nothing from memory: the two bytes left can be read
     reader.Transfer(rest);
     EXPECT_EQ(rest, 20u);

@@ -1,6 +1,7 @@
 // The command table sends each id to its operation with the right arguments, and answers 0 for the rest.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -10,203 +11,163 @@
 namespace rivulet {
 namespace {
 
-// A model that records which operation a command reached and with what.
+using I32 = std::int32_t;
+using U32 = std::uint32_t;
+using Err = tErrorRecord;
+
+// A model that records which operation a command reached and with what; each operation answers 42.
 class RecordingModel : public CExtModel {
   public:
     struct Call {
         std::string name;
-        std::uint64_t window = 0;
-        const void* argument = nullptr;
-        std::int64_t count = -1;
-        const tErrorRecord* err = nullptr;
+        HostWindow window;
+        const void* argument;
+        std::int64_t count;  // -1: the operation takes none
+        const Err* err;
     };
     std::vector<Call> calls;
 
-    std::int32_t Record(const char* name, const void* arg, std::int64_t count, tErrorRecord* err,
-                        std::uint64_t window = 0) {
+    I32 Record(const char* name, const void* arg, std::int64_t count, Err* err, HostWindow window = 0) {
         calls.push_back({name, window, arg, count, err});
         return 42;
     }
 
-    std::int32_t EditCase(HostWindow w, std::int32_t* m, tErrorRecord* e) override {
-        return Record("EditCase", m, -1, e, w);
-    }
-    std::int32_t QueryReserved(std::uint32_t c, tErrorRecord* e) override {
-        return Record("QueryReserved", nullptr, c, e);
-    }
-    std::int32_t Query(tQueryData* d, std::uint32_t r, tErrorRecord* e) override {
-        return Record("Query", d, r, e);
-    }
-    std::int32_t QueryComp(tCompositionData* d, tErrorRecord* e) override {
-        return Record("QueryComp", d, -1, e);
-    }
-    std::int32_t Initialise(tInitData* d, tErrorRecord* e) override { return Record("Initialise", d, -1, e); }
-    std::int32_t Timestep(tTimestepData* d, tErrorRecord* e) override { return Record("Timestep", d, -1, e); }
-    std::int32_t Reserved8(tErrorRecord* e) override { return Record("Reserved8", nullptr, -1, e); }
-    std::int32_t GetIPR(_tGetSetData* d, tErrorRecord* e) override { return Record("GetIPR", d, -1, e); }
-    std::int32_t SetOpPt(_tGetSetData* d, tErrorRecord* e) override { return Record("SetOpPt", d, -1, e); }
-    std::int32_t StopSimulator(tErrorRecord* e) override { return Record("StopSimulator", nullptr, -1, e); }
-    std::int32_t Stop() override { return Record("Stop", nullptr, -1, nullptr); }
-    std::int32_t SaveModelString(char* b, std::int32_t s, tErrorRecord* e) override {
-        return Record("SaveModelString", b, s, e);
-    }
-    std::int32_t LoadModelString(tLoadModelData* d, tErrorRecord* e) override {
-        return Record("LoadModelString", d, -1, e);
-    }
-    std::int32_t SetTopLevelFile(tTopLevelFile* d, tErrorRecord* e) override {
-        return Record("SetTopLevelFile", d, -1, e);
-    }
-    std::int32_t StartSimulator(tStartData* d, tErrorRecord* e) override {
-        return Record("StartSimulator", d, -1, e);
-    }
-    std::int32_t DrawIcon(HostWindow w, void* s) override { return Record("DrawIcon", s, -1, nullptr, w); }
-    std::int32_t GetVar(tGetVarData* d, tErrorRecord* e) override { return Record("GetVar", d, -1, e); }
-    std::int32_t SetVar(tSetVarData* d, tErrorRecord* e) override { return Record("SetVar", d, -1, e); }
-    std::int32_t DoCmd(const char* c, tErrorRecord* e) override { return Record("DoCmd", c, -1, e); }
-    std::int32_t DoGetExtraNodeResults(tExtraNodeResult* d, tErrorRecord* e) override {
+    I32 EditCase(HostWindow w, I32* m, Err* e) override { return Record("EditCase", m, -1, e, w); }
+    I32 QueryReserved(U32 c, Err* e) override { return Record("QueryReserved", nullptr, c, e); }
+    I32 Query(tQueryData* d, U32 r, Err* e) override { return Record("Query", d, r, e); }
+    I32 QueryComp(tCompositionData* d, Err* e) override { return Record("QueryComp", d, -1, e); }
+    I32 Initialise(tInitData* d, Err* e) override { return Record("Initialise", d, -1, e); }
+    I32 Timestep(tTimestepData* d, Err* e) override { return Record("Timestep", d, -1, e); }
+    I32 Reserved8(Err* e) override { return Record("Reserved8", nullptr, -1, e); }
+    I32 GetIPR(_tGetSetData* d, Err* e) override { return Record("GetIPR", d, -1, e); }
+    I32 SetOpPt(_tGetSetData* d, Err* e) override { return Record("SetOpPt", d, -1, e); }
+    I32 StopSimulator(Err* e) override { return Record("StopSimulator", nullptr, -1, e); }
+    I32 Stop() override { return Record("Stop", nullptr, -1, nullptr); }
+    I32 SaveModelString(char* b, I32 s, Err* e) override { return Record("SaveModelString", b, s, e); }
+    I32 LoadModelString(tLoadModelData* d, Err* e) override { return Record("LoadModelString", d, -1, e); }
+    I32 SetTopLevelFile(tTopLevelFile* d, Err* e) override { return Record("SetTopLevelFile", d, -1, e); }
+    I32 StartSimulator(tStartData* d, Err* e) override { return Record("StartSimulator", d, -1, e); }
+    I32 DrawIcon(HostWindow w, void* s) override { return Record("DrawIcon", s, -1, nullptr, w); }
+    I32 GetVar(tGetVarData* d, Err* e) override { return Record("GetVar", d, -1, e); }
+    I32 SetVar(tSetVarData* d, Err* e) override { return Record("SetVar", d, -1, e); }
+    I32 DoCmd(const char* c, Err* e) override { return Record("DoCmd", c, -1, e); }
+    I32 DoGetExtraNodeResults(tExtraNodeResult* d, Err* e) override {
         return Record("DoGetExtraNodeResults", d, -1, e);
     }
-    std::int32_t Reserved30(tErrorRecord* e) override { return Record("Reserved30", nullptr, -1, e); }
-    std::int32_t SaveToArchiveFile(void* a, std::uint32_t c, tErrorRecord* e) override {
-        return Record("SaveToArchiveFile", a, c, e);
-    }
-    std::int32_t LoadFromArchiveFile(void* a, std::uint32_t c, tErrorRecord* e) override {
+    I32 Reserved30(Err* e) override { return Record("Reserved30", nullptr, -1, e); }
+    I32 SaveToArchiveFile(void* a, U32 c, Err* e) override { return Record("SaveToArchiveFile", a, c, e); }
+    I32 LoadFromArchiveFile(void* a, U32 c, Err* e) override {
         return Record("LoadFromArchiveFile", a, c, e);
     }
-    std::int32_t SetCaseDirectory(const char* d, tErrorRecord* e) override {
-        return Record("SetCaseDirectory", d, -1, e);
-    }
-    std::int32_t GetStartDate(tDate* d, tErrorRecord* e) override { return Record("GetStartDate", d, -1, e); }
-    std::int32_t GetNextEvent(tDate* d, tErrorRecord* e) override { return Record("GetNextEvent", d, -1, e); }
-    std::int32_t Reserved37(void* a, bool f, tErrorRecord* e) override {
-        return Record("Reserved37", a, f, e);
-    }
-    std::int32_t Reserved38(tErrorRecord* e) override { return Record("Reserved38", nullptr, -1, e); }
-    std::int32_t QueryCompByStream(tCompositionData* d, std::int32_t w, tErrorRecord* e) override {
+    I32 SetCaseDirectory(const char* d, Err* e) override { return Record("SetCaseDirectory", d, -1, e); }
+    I32 GetStartDate(tDate* d, Err* e) override { return Record("GetStartDate", d, -1, e); }
+    I32 GetNextEvent(tDate* d, Err* e) override { return Record("GetNextEvent", d, -1, e); }
+    I32 Reserved37(void* a, bool f, Err* e) override { return Record("Reserved37", a, f, e); }
+    I32 Reserved38(Err* e) override { return Record("Reserved38", nullptr, -1, e); }
+    I32 QueryCompByStream(tCompositionData* d, I32 w, Err* e) override {
         return Record("QueryCompByStream", d, w, e);
     }
-    std::int32_t SetArchiveFile(const char* p, bool l, tErrorRecord* e) override {
-        return Record("SetArchiveFile", p, l, e);
-    }
-    std::int32_t SetConnection(tSetConnectionData* d, tErrorRecord* e) override {
-        return Record("SetConnection", d, -1, e);
-    }
-    std::int32_t GetModMsg(char* b, std::int32_t l, tErrorRecord* e) override {
-        return Record("GetModMsg", b, l, e);
-    }
-    std::int32_t ImportComposition(HostWindow w, void* d, bool f, tErrorRecord* e) override {
+    I32 SetArchiveFile(const char* p, bool l, Err* e) override { return Record("SetArchiveFile", p, l, e); }
+    I32 SetConnection(tSetConnectionData* d, Err* e) override { return Record("SetConnection", d, -1, e); }
+    I32 GetModMsg(char* b, I32 l, Err* e) override { return Record("GetModMsg", b, l, e); }
+    I32 ImportComposition(HostWindow w, void* d, bool f, Err* e) override {
         return Record("ImportComposition", d, f, e, w);
     }
-    std::int32_t Reserved75(void* a, tErrorRecord* e) override { return Record("Reserved75", a, -1, e); }
-    std::int32_t GetFileListEntry(tFileListEntry* d, std::uint32_t c, tErrorRecord* e) override {
+    I32 Reserved75(void* a, Err* e) override { return Record("Reserved75", a, -1, e); }
+    I32 GetFileListEntry(tFileListEntry* d, U32 c, Err* e) override {
         return Record("GetFileListEntry", d, c, e);
     }
 };
 
+// What reaches the operation besides the model.
+enum Passes { kErr = 1, kArg = 2, kWindow = 4 };
+// The count the operation sees when the host passes 0x80000000: none, as a bool, unsigned or signed.
+constexpr std::int64_t kNone = -1, kBool = 1, kUnsigned = 0x80000000, kSigned = -kUnsigned;
+
 struct Row {
     std::uint32_t id;
     const char* operation;
-    bool passesCount;  // the integer reaches the operation (as it is, or as a bool)
-    bool passesErr;
+    int passes;
+    std::int64_t count;
 };
 
 // Every id of the table with the operation it reaches.
 const Row kTable[] = {
-    {2, "Query", true, true},
-    {3, "QueryReserved", true, true},
-    {4, "Reserved30", false, true},
-    {5, "EditCase", false, true},
-    {7, "DrawIcon", false, false},
-    {9, "QueryComp", false, true},
-    {10, "SetCaseDirectory", false, true},
-    {11, "GetStartDate", false, true},
-    {12, "SaveModelString", true, true},
-    {13, "LoadModelString", false, true},
-    {14, "SaveToArchiveFile", true, true},
-    {15, "LoadFromArchiveFile", true, true},
-    {16, "GetFileListEntry", true, true},
-    {18, "QueryCompByStream", true, true},
-    {19, "SetConnection", false, true},
-    {20, "SetArchiveFile", true, true},
-    {23, "StartSimulator", false, true},
-    {48, "Initialise", false, true},
-    {49, "Timestep", false, true},
-    {50, "GetIPR", false, true},
-    {53, "SetOpPt", false, true},
-    {55, "StopSimulator", false, true},
-    {56, "Stop", false, false},
-    {58, "DoGetExtraNodeResults", false, true},
-    {60, "Reserved8", false, true},
-    {62, "GetNextEvent", false, true},
-    {63, "Reserved37", true, true},
-    {96, "GetVar", false, true},
-    {97, "SetVar", false, true},
-    {98, "DoCmd", false, true},
-    {100, "Reserved38", false, true},
-    {102, "Reserved75", false, true},
-    {129, "GetModMsg", true, true},
-    {130, "ImportComposition", true, true},
-    {136, "SetTopLevelFile", false, true},
+    {2, "Query", kArg | kErr, kUnsigned},
+    {3, "QueryReserved", kErr, kUnsigned},
+    {4, "Reserved30", kErr, kNone},
+    {5, "EditCase", kWindow | kArg | kErr, kNone},
+    {7, "DrawIcon", kWindow | kArg, kNone},
+    {9, "QueryComp", kArg | kErr, kNone},
+    {10, "SetCaseDirectory", kArg | kErr, kNone},
+    {11, "GetStartDate", kArg | kErr, kNone},
+    {12, "SaveModelString", kArg | kErr, kSigned},
+    {13, "LoadModelString", kArg | kErr, kNone},
+    {14, "SaveToArchiveFile", kArg | kErr, kUnsigned},
+    {15, "LoadFromArchiveFile", kArg | kErr, kUnsigned},
+    {16, "GetFileListEntry", kArg | kErr, kUnsigned},
+    {18, "QueryCompByStream", kArg | kErr, kSigned},
+    {19, "SetConnection", kArg | kErr, kNone},
+    {20, "SetArchiveFile", kArg | kErr, kBool},
+    {23, "StartSimulator", kArg | kErr, kNone},
+    {48, "Initialise", kArg | kErr, kNone},
+    {49, "Timestep", kArg | kErr, kNone},
+    {50, "GetIPR", kArg | kErr, kNone},
+    {53, "SetOpPt", kArg | kErr, kNone},
+    {55, "StopSimulator", kErr, kNone},
+    {56, "Stop", 0, kNone},
+    {58, "DoGetExtraNodeResults", kArg | kErr, kNone},
+    {60, "Reserved8", kErr, kNone},
+    {62, "GetNextEvent", kArg | kErr, kNone},
+    {63, "Reserved37", kArg | kErr, kBool},
+    {96, "GetVar", kArg | kErr, kNone},
+    {97, "SetVar", kArg | kErr, kNone},
+    {98, "DoCmd", kArg | kErr, kNone},
+    {100, "Reserved38", kErr, kNone},
+    {102, "Reserved75", kArg | kErr, kNone},
+    {129, "GetModMsg", kArg | kErr, kSigned},
+    {130, "ImportComposition", kWindow | kArg | kErr, kBool},
+    {136, "SetTopLevelFile", kArg | kErr, kNone},
 };
 
 TEST(CommandTable, EachListedIdReachesItsOperationWithItsArguments) {
+    constexpr HostWindow window = 0x1234567890;
     for (const Row& row : kTable) {
-        RecordingModel model;
-        char argument[16] = {};
-        tErrorRecord err{};
-        const std::int32_t result =
-            DispatchCommand(model, 0x77, row.id, reinterpret_cast<std::uintptr_t>(argument), 9, &err);
-        ASSERT_EQ(model.calls.size(), 1u) << "command " << row.id;
-        const auto& call = model.calls[0];
-        EXPECT_EQ(call.name, row.operation) << "command " << row.id;
-        EXPECT_EQ(result, 42) << "command " << row.id;
-        if (row.passesErr) {
-            EXPECT_EQ(call.err, &err) << "command " << row.id;
-        }
-        if (row.passesCount) {
-            EXPECT_TRUE(call.count == 9 || call.count == 1) << "command " << row.id;
-        }
-        const bool takesArgument =
-            row.id != 3 && row.id != 4 && row.id != 55 && row.id != 56 && row.id != 60 && row.id != 100;
-        if (takesArgument) {
-            EXPECT_EQ(call.argument, argument) << "command " << row.id;
+        for (const std::uint32_t count : {0x80000000u, 0u}) {
+            SCOPED_TRACE(testing::Message() << "command " << row.id << " count " << count);
+            RecordingModel model;
+            char argument[16] = {};
+            tErrorRecord err{};
+            EXPECT_EQ(DispatchCommand(model, window, row.id, reinterpret_cast<std::uintptr_t>(argument),
+                                      count, &err),
+                      42);
+            ASSERT_EQ(model.calls.size(), 1u);
+            const RecordingModel::Call& call = model.calls[0];
+            EXPECT_EQ(call.name, row.operation);
+            EXPECT_EQ(call.argument, row.passes & kArg ? argument : nullptr);
+            EXPECT_EQ(call.window, row.passes & kWindow ? window : 0);
+            EXPECT_EQ(call.err, row.passes & kErr ? &err : nullptr);
+            EXPECT_EQ(call.count, count == 0 && row.count != kNone ? 0 : row.count);
         }
     }
 }
 
-TEST(CommandTable, WindowReachesOnlyTheDialogIconAndImportCommands) {
-    for (const std::uint32_t id : {5u, 7u, 130u}) {
-        RecordingModel model;
-        DispatchCommand(model, 0xABCDEF, id, 0, 0, nullptr);
-        ASSERT_EQ(model.calls.size(), 1u);
-        EXPECT_EQ(model.calls[0].window, 0xABCDEFu) << "command " << id;
-    }
-}
-
-TEST(CommandTable, CountBecomesABoolByUnsignedComparison) {
-    RecordingModel model;
-    DispatchCommand(model, 0, 20, 0, 0xFFFFFFFFu, nullptr);  // "-1" from the host is a large unsigned value
-    DispatchCommand(model, 0, 20, 0, 0, nullptr);
-    DispatchCommand(model, 0, 63, 0, 0x80000000u, nullptr);
-    ASSERT_EQ(model.calls.size(), 3u);
-    EXPECT_EQ(model.calls[0].count, 1);
-    EXPECT_EQ(model.calls[1].count, 0);
-    EXPECT_EQ(model.calls[2].count, 1);
-}
-
-TEST(CommandTable, CommandNinetyNineAnswersMinusOneWithoutTheModel) {
-    RecordingModel model;
-    EXPECT_EQ(DispatchCommand(model, 0, 99, 0, 0, nullptr), -1);
-    EXPECT_TRUE(model.calls.empty());
-}
-
-TEST(CommandTable, SetAliasAndTheViewCommandsAreNotOperationsOfTheInterface) {
+TEST(CommandTable, OtherIdsReachNoOperation) {
     RecordingModel model;
     const char alias[] = "  North field  ";
+    EXPECT_EQ(DispatchCommand(model, 0, 99, 0, 0, nullptr), -1);
     EXPECT_EQ(DispatchCommand(model, 0, 21, reinterpret_cast<std::uintptr_t>(alias), 0, nullptr), 0);
     EXPECT_EQ(model.GetAlias(), "North field");
-    EXPECT_EQ(DispatchCommand(model, 0, 4096, 0, 0, nullptr), 1);  // no case yet
+    EXPECT_EQ(DispatchCommand(model, 0, 4096, 0, 0, nullptr), 1);  // view commands, with no case yet
     EXPECT_EQ(DispatchCommand(model, 0, 4097, 0, 0, nullptr), 1);
+    for (std::uint32_t id = 0; id < 4200; ++id) {  // an unlisted id answers 0
+        const auto listed = [id](const Row& row) { return row.id == id; };
+        if (id != 21 && id != 99 && id != 4096 && id != 4097 &&
+            std::none_of(std::begin(kTable), std::end(kTable), listed)) {
+            EXPECT_EQ(DispatchCommand(model, 0, id, 0, 0, nullptr), 0) << id;
+        }
+    }
+    EXPECT_EQ(DispatchCommand(model, 0, 0xFFFFFFFF, 0, 0, nullptr), 0);
     EXPECT_TRUE(model.calls.empty());
 }
 

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "case/CaseDlg.h"
@@ -37,24 +38,20 @@ class ScriptedUserInterface : public UserInterface {
     }
 };
 
+// Records each way tried as "how:path:dir"; only the way named in succeedWith succeeds.
 class RecordingShell : public ShellOpener {
   public:
-    std::vector<std::string> tries;  // "how:path:dir"
-    std::string succeedWith;         // which way succeeds; empty: none does
+    using Text = const std::string&;
+    std::vector<std::string> tries;
+    std::string succeedWith;
 
-    bool Try(const char* how, const std::string& path, const std::string& dir) {
+    bool Try(const char* how, Text path, Text dir) {
         tries.push_back(std::string(how) + ":" + path + ":" + dir);
         return succeedWith == how;
     }
-    bool OpenByAssociation(const std::string& p, const std::string& d) override {
-        return Try("association", p, d);
-    }
-    bool OpenThroughDesktop(const std::string& p, const std::string& d) override {
-        return Try("desktop", p, d);
-    }
-    bool OpenInTerminalEditor(const std::string& p, const std::string& d) override {
-        return Try("terminal", p, d);
-    }
+    bool OpenByAssociation(Text p, Text d) override { return Try("association", p, d); }
+    bool OpenThroughDesktop(Text p, Text d) override { return Try("desktop", p, d); }
+    bool OpenInTerminalEditor(Text p, Text d) override { return Try("terminal", p, d); }
 };
 
 class ModelWithFakes : public ::testing::Test {
@@ -83,46 +80,41 @@ class ModelWithFakes : public ::testing::Test {
     CExtModel model;
 };
 
-TEST_F(ModelWithFakes, EditCaseCancelledLeavesTheCaseAndAnswersMinusOne) {
-    std::int32_t modified = 7;
-    EXPECT_EQ(model.EditCase(0, &modified, nullptr), -1);
-    EXPECT_EQ(modified, 0);
+TEST_F(ModelWithFakes, EditCaseTakesTheDialogsSettingsOnlyWhenConfirmed) {
+    EXPECT_EQ(model.EditCase(0, nullptr, nullptr), -1);  // cancelled, with no flag to set
     EXPECT_TRUE(model.GetSettings().FileName.empty());
-    EXPECT_EQ(model.EditCase(0, nullptr, nullptr), -1);  // no flag to set is no fault
-}
-
-TEST_F(ModelWithFakes, EditCaseConfirmedTakesTheSettingsAndReportsAChangeOnlyWhenAStartWasAsked) {
     ui->answer = DialogAnswer::Ok;
     std::int32_t modified = 7;
     EXPECT_EQ(model.EditCase(0, &modified, nullptr), 0);
     EXPECT_EQ(modified, 0);
     EXPECT_EQ(model.GetSettings().FileName, "/edited/CASE.DATA");
-
-    ui->requestStart = true;
+    ui->requestStart = true;  // a change is reported only when a start was asked for
     EXPECT_EQ(model.EditCase(0, &modified, nullptr), 0);
     EXPECT_EQ(modified, 1);
-    EXPECT_FALSE(model.GetLoadedFromSave());
 }
 
-TEST_F(ModelWithFakes, ViewCommandsRefuseACaseThatIsNotReady) {
+TEST_F(ModelWithFakes, ViewCommandsRefuseACaseThatIsNotReadyOrMissing) {
     EXPECT_EQ(model.ViewCaseFile(nullptr), 1);
-    model.GetSettings().FileName = "/x/CASE.DATA";
+    model.GetSettings().FileName = (dir / "GONE.DATA").string();
     model.GetSettings().IsLocalMachine = false;
     EXPECT_EQ(model.ViewLogFile(nullptr), 1);
-    ASSERT_EQ(ui->messages.size(), 2u);
-    EXPECT_EQ(ui->messages[0], "No case has been specified");
-    EXPECT_EQ(ui->messages[1],
-              "The \"Case file's directory as viewed by your Local machine\" has not been defined.");
+    model.GetSettings().IsLocalMachine = true;
+    EXPECT_EQ(model.ViewCaseFile(nullptr), 1);
+    EXPECT_EQ(ui->messages,
+              (std::vector<std::string>{
+                  "No case has been specified",
+                  "The \"Case file's directory as viewed by your Local machine\" has not been defined.",
+                  "The file <" + (dir / "GONE.DATA").string() + "> could not be found"}));
     EXPECT_TRUE(shell->tries.empty());
 }
 
-TEST_F(ModelWithFakes, LocalCaseFileIsOpenedByAssociationFirstThenTheOtherWays) {
+TEST_F(ModelWithFakes, LocalCaseFileIsOpenedByAssociationThenTheDesktopThenTheEditor) {
     model.GetSettings().FileName = Touch(dir / "CASE.DATA");
-    shell->succeedWith = "terminal";
-    EXPECT_EQ(model.ViewCaseFile(nullptr), 0);
+    EXPECT_EQ(model.ViewCaseFile(nullptr), 1);  // no way succeeds
     const std::string where = (dir / "CASE.DATA").string() + ":" + dir.string() + "/";
     EXPECT_EQ(shell->tries,
               (std::vector<std::string>{"association:" + where, "desktop:" + where, "terminal:" + where}));
+    EXPECT_EQ(ui->messages.back(), "No suitable Windows application to open this file could be found");
 }
 
 TEST_F(ModelWithFakes, ClusterCaseFileIsOpenedInTheEditorFirstFromTheLocalView) {
@@ -132,9 +124,8 @@ TEST_F(ModelWithFakes, ClusterCaseFileIsOpenedInTheEditorFirstFromTheLocalView) 
     Touch(dir / "CASE.DATA");
     shell->succeedWith = "association";
     EXPECT_EQ(model.ViewCaseFile(nullptr), 0);
-    ASSERT_EQ(shell->tries.size(), 2u);
-    EXPECT_EQ(shell->tries[0].substr(0, 9), "terminal:");
-    EXPECT_NE(shell->tries[0].find((dir / "CASE.DATA").string()), std::string::npos);
+    const std::string where = (dir / "CASE.DATA").string() + ":" + dir.string() + "/";
+    EXPECT_EQ(shell->tries, (std::vector<std::string>{"terminal:" + where, "association:" + where}));
 }
 
 TEST_F(ModelWithFakes, LogFileIsFoundUnderResultsOrElseBesideTheCase) {
@@ -143,21 +134,9 @@ TEST_F(ModelWithFakes, LogFileIsFoundUnderResultsOrElseBesideTheCase) {
     Touch(dir / "CASE.log");
     EXPECT_EQ(model.ViewLogFile(nullptr), 0);
     EXPECT_NE(shell->tries.back().find((dir / "CASE.log").string() + ":"), std::string::npos);
-
     Touch(dir / "RESULTS" / "CASE.log");
     EXPECT_EQ(model.ViewLogFile(nullptr), 0);
     EXPECT_NE(shell->tries.back().find((dir / "RESULTS" / "CASE.log").string()), std::string::npos);
-}
-
-TEST_F(ModelWithFakes, AMissingFileOrNoWayToOpenItIsShownAndFails) {
-    model.GetSettings().FileName = (dir / "GONE.DATA").string();
-    EXPECT_EQ(model.ViewCaseFile(nullptr), 1);
-    EXPECT_EQ(ui->messages.back(), "The file <" + (dir / "GONE.DATA").string() + "> could not be found");
-
-    model.GetSettings().FileName = Touch(dir / "CASE.DATA");
-    EXPECT_EQ(model.ViewCaseFile(nullptr), 1);
-    EXPECT_EQ(ui->messages.back(), "No suitable Windows application to open this file could be found");
-    EXPECT_EQ(shell->tries.size(), 3u);
 }
 
 TEST_F(ModelWithFakes, ALoadedLocalCaseFindsItsDeckBesideTheMovedModel) {
@@ -167,8 +146,7 @@ TEST_F(ModelWithFakes, ALoadedLocalCaseFindsItsDeckBesideTheMovedModel) {
     tErrorRecord err{};
     ASSERT_EQ(source.SaveModelString(saved.data(), static_cast<std::int32_t>(saved.size()), &err), 0);
 
-    auto data = std::make_unique<tLoadModelData>();
-    std::memset(data.get(), 0, sizeof(tLoadModelData));
+    auto data = std::make_unique<tLoadModelData>();  // zeroed
     std::memcpy(data->acModelString, saved.data(), saved.size());
     data->iLength = static_cast<std::int32_t>(saved.size());
     const std::string modelPath = (dir / "case.cfx").string();
@@ -192,12 +170,11 @@ TEST(CExtModel, HandsTheInflowLibraryItselfAsContextAndAllSixCallbacks) {
     CExtModel model;
     ASSERT_NE(model.GetIprModel(), nullptr);
     EXPECT_EQ(InflowKitInspectContext(model.GetIprModel()), &model);
-    IPRElapsedTimeCallback elapsed = nullptr;
-    IPRInitialiseForSimCalcCallback init = nullptr;
-    IPRSetWellCtrlForSimCalcCallback setWell = nullptr;
-    IPRRunToForSimCalcCallback runTo = nullptr;
-    IPRGetWellBlockIPRForSimCalcCallback blockIpr = nullptr;
-    IPRGetWellRatesForSimCalcCallback rates = nullptr;
+    std::tuple<IPRElapsedTimeCallback, IPRInitialiseForSimCalcCallback, IPRSetWellCtrlForSimCalcCallback,
+               IPRRunToForSimCalcCallback, IPRGetWellBlockIPRForSimCalcCallback,
+               IPRGetWellRatesForSimCalcCallback>
+        callbacks{};
+    auto& [elapsed, init, setWell, runTo, blockIpr, rates] = callbacks;
     ASSERT_EQ(
         InflowKitInspectCallbacks(model.GetIprModel(), &elapsed, &init, &setWell, &runTo, &blockIpr, &rates),
         1);
@@ -214,20 +191,16 @@ TEST(CExtModel, HandsTheInflowLibraryItselfAsContextAndAllSixCallbacks) {
     EXPECT_EQ(runTo(&model, 1.0, nullptr), 1);  // a null buffer is a failure with nothing written
 }
 
-TEST(CExtInterface, BaseOperationsKeepTheirFixedAnswers) {
+TEST(CExtInterface, UnusedPositionsKeepTheirBaseAnswers) {
     CExtModel model;
     CExtInterface& base = model;
     unsigned char record[64];
     std::memset(record, 0xAB, sizeof(record));
     EXPECT_EQ(base.Reserved22(record, nullptr), -1);
     for (int i = 0; i < 64; ++i) EXPECT_EQ(record[i], (i >= 16 && i < 24) ? 0 : 0xAB) << "byte " << i;
-    tErrorRecord err{};
-    EXPECT_EQ(base.ConnectToApplication(1, 2, &err), 1);
-    EXPECT_STREQ(err.szText, "ConnectToApplication is not implemented");
     EXPECT_EQ(base.Reserved23(), -1);
     EXPECT_EQ(base.Reserved26(), -1);
     EXPECT_EQ(base.Reserved7(), 0);
-    EXPECT_EQ(base.QueryReserved(12345, nullptr), -999);
 }
 
 }  // namespace

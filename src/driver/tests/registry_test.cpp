@@ -9,31 +9,17 @@ namespace {
 
 TEST(CRivuletApp, RegistersEachLiveInstanceOnce) {
     CRivuletApp app;
-    CExtModel a;
-    CExtModel b;
+    CExtModel a, b;
+    EXPECT_FALSE(app.RegisterInstance(nullptr));
     EXPECT_TRUE(app.RegisterInstance(&a));
     EXPECT_TRUE(app.RegisterInstance(&b));
     EXPECT_FALSE(app.RegisterInstance(&a));  // a duplicate is refused without effect
     EXPECT_EQ(app.InstanceCount(), 2u);
-    EXPECT_TRUE(app.IsRegistered(&a));
-}
-
-TEST(CRivuletApp, RefusesANullInstance) {
-    CRivuletApp app;
-    EXPECT_FALSE(app.RegisterInstance(nullptr));
-    EXPECT_EQ(app.InstanceCount(), 0u);
-}
-
-TEST(CRivuletApp, RemovingAnAbsentInstanceHasNoEffect) {
-    CRivuletApp app;
-    CExtModel a;
-    CExtModel b;
-    app.RegisterInstance(&a);
     app.UnregisterInstance(&b);
+    app.UnregisterInstance(&b);  // removing an absent instance has no effect
+    EXPECT_TRUE(app.IsRegistered(&a));
+    EXPECT_FALSE(app.IsRegistered(&b));
     EXPECT_EQ(app.InstanceCount(), 1u);
-    app.UnregisterInstance(&a);
-    EXPECT_FALSE(app.IsRegistered(&a));
-    EXPECT_EQ(app.InstanceCount(), 0u);
 }
 
 }  // namespace

@@ -8,8 +8,7 @@
 namespace rivulet {
 namespace {
 
-class AlwaysOk : public UserInterface {
-  public:
+struct AlwaysOk : UserInterface {
     int shown = 0;
     void ShowMessage(const std::string&, MessageIcon) override { ++shown; }
     DialogAnswer RunModal(std::uint64_t, ModalDialog& dialog) override {
@@ -17,29 +16,24 @@ class AlwaysOk : public UserInterface {
     }
 };
 
-class Dialog : public ModalDialog {
-  public:
+struct Dialog : ModalDialog {
     bool okCalled = false;
     std::string Title() const override { return "Test"; }
     bool OnOk() override { return okCalled = true; }
 };
 
-TEST(UserInterface, HeadlessDefaultAnswersCancelWithoutTouchingTheDialog) {
+TEST(UserInterface, HeadlessUntilAnotherIsInstalledAndAfterItIsRemoved) {
     Dialog dialog;
     EXPECT_EQ(CurrentUserInterface().RunModal(0, dialog), DialogAnswer::Cancel);
     EXPECT_FALSE(dialog.okCalled);
-}
 
-TEST(UserInterface, AnInstalledInterfaceServesUntilTheHeadlessOneIsPutBack) {
     auto ok = std::make_shared<AlwaysOk>();
-    InstallUserInterface(ok);
-    Dialog dialog;
+    EXPECT_EQ(InstallUserInterface(ok), nullptr);
     EXPECT_EQ(CurrentUserInterface().RunModal(0, dialog), DialogAnswer::Ok);
     CurrentUserInterface().ShowMessage("hello", MessageIcon::Warning);
     EXPECT_EQ(ok->shown, 1);
     EXPECT_EQ(InstallUserInterface(nullptr), ok);
-    Dialog again;
-    EXPECT_EQ(CurrentUserInterface().RunModal(0, again), DialogAnswer::Cancel);
+    EXPECT_EQ(CurrentUserInterface().RunModal(0, dialog), DialogAnswer::Cancel);
 }
 
 }  // namespace

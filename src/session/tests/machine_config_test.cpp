@@ -75,20 +75,5 @@ TEST_F(MachineConfigStore, UnusableValuesFallBack) {
     EXPECT_TRUE(config.IsConfigured(false));
 }
 
-TEST_F(MachineConfigStore, ACopyFromAnotherKeyKeepsTheMachinesPorts) {
-    const std::string old = "Software\\Quillon\\Conflux\\ExtensionDlls100_64\\tNavigator";
-    Put(old, {{"SimExecutable", RegistryValue::String(simulator_)},
-              {"LinuxUser", RegistryValue::String("old-user")},
-              {"LowerPort", RegistryValue::Dword(30000)},
-              {"UpperPort", RegistryValue::Dword(30010)}});
-    MachineConfig config;
-    config.Load(kHkeyCurrentUser, old);
-    EXPECT_EQ(config.SimExecutable, simulator_);
-    EXPECT_EQ(config.LinuxUser, "old-user");
-    EXPECT_EQ(config.LowerPort, MachineConfig::kDefaultLowerPort);
-    RegistryValues created;  // the read made the driver's key
-    EXPECT_TRUE(Registry::ReadKey(kHkeyCurrentUser, kDriverRegistryKey, created));
-}
-
 }  // namespace
 }  // namespace rivulet
