@@ -1,0 +1,106 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <utility>
+#include <vector>
+
+#include "tNavigator_API_RMA.h"
+
+namespace {
+
+tNavigator_API_RMA_time_moment_t moment(int year, int month, int day) {
+    return {year, static_cast<tNavigator_API_RMA_month_t>(month), day};
+}
+
+}  // namespace
+
+TEST(ErrorT, DefaultIsSuccessAndAssignmentReplacesBoth) {
+    tNavigator_API_RMA_error_t error;
+    EXPECT_EQ(error.id(), 0);
+    EXPECT_STREQ(error.description(), "");
+
+    error = tNavigator_API_RMA_error_t(7, "Case file /x/CASE.DATA not found");
+    const tNavigator_API_RMA_error_t copy = error;
+    error = tNavigator_API_RMA_error_t();
+    EXPECT_EQ(error.id(), 0);
+    EXPECT_STREQ(error.description(), "");
+    EXPECT_EQ(copy.id(), 7);
+    EXPECT_STREQ(copy.description(), "Case file /x/CASE.DATA not found");
+    EXPECT_STREQ(tNavigator_API_RMA_error_t(3, static_cast<const char*>(nullptr)).description(), "");
+}
+
+TEST(StringT, NullGivesNoTextAndCopiesAreDeep) {
+    tNavigator_API_RMA_string empty(nullptr);
+    EXPECT_EQ(empty.str, nullptr);
+    EXPECT_STREQ(empty.c_str(), "");
+
+    char source[] = "PROD1";
+    tNavigator_API_RMA_string name(source);
+    source[0] = 'X';
+    EXPECT_STREQ(name.str, "PROD1");
+
+    tNavigator_API_RMA_string copy = name;
+    EXPECT_NE(copy.str, name.str);
+    EXPECT_STREQ(copy.str, "PROD1");
+    copy = empty;
+    EXPECT_EQ(copy.str, nullptr);
+    const tNavigator_API_RMA_string& same = copy;
+    copy = same;  // self-assignment keeps the text
+    EXPECT_EQ(copy.str, nullptr);
+    copy = "INJ2";
+    copy = copy.str + 1;  // assigning a text that lies inside the string itself
+    EXPECT_STREQ(copy.str, "NJ2");
+
+    tNavigator_API_RMA_string moved = std::move(copy);
+    EXPECT_STREQ(moved.str, "NJ2");
+}
+
+TEST(StringT, ArraysStartEmptyAndTakeTexts) {
+    std::vector<tNavigator_API_RMA_string> names(3);
+    for (const auto& n : names) EXPECT_EQ(n.str, nullptr);
+    names[1] = "W2";
+    names.resize(10);  // reallocation moves the texts
+    EXPECT_STREQ(names[1].str, "W2");
+}
+
+TEST(TimeMomentT, DefaultIsUnfilledMonth13AndInvalid) {
+    const tNavigator_API_RMA_time_moment_t unfilled;
+    EXPECT_EQ(unfilled.get_year(), 0);
+    EXPECT_EQ(unfilled.get_month(), 13);
+    EXPECT_EQ(unfilled.get_day(), 0);
+    EXPECT_EQ(unfilled.get_hour(), 0);
+    EXPECT_NE(unfilled.is_valid().id(), 0);
+    EXPECT_NE(moment(0, 13, 0).is_valid().id(), 0);
+}
+
+TEST(TimeMomentT, IsValidFollowsTheCalendar) {
+    auto m = moment(2024, 2, 29);
+    m.set_hour(23);
+    m.set_minute(59);
+    m.set_second(59);
+    EXPECT_EQ(m.is_valid().id(), 0);
+    EXPECT_EQ(m.get_hour(), 23);
+    EXPECT_EQ(moment(2000, 2, 29).is_valid().id(), 0);
+    EXPECT_NE(moment(1900, 2, 29).is_valid().id(), 0);
+    EXPECT_NE(moment(2023, 2, 29).is_valid().id(), 0);
+    EXPECT_NE(moment(2023, 4, 31).is_valid().id(), 0);
+    EXPECT_EQ(moment(2023, 12, 31).is_valid().id(), 0);
+    m.set_second(60);
+    const auto error = m.is_valid();
+    EXPECT_NE(error.id(), 0);
+    EXPECT_NE(std::strstr(error.description(), "second"), nullptr);
+}
+
+TEST(StartParamsT, KeepsCopiesOfItsTexts) {
+    char word[] = "--cpu-num=4";
+    const char* params[] = {word};
+    tNavigator_API_RMA_start_params_t start("/cases/SPE1.DATA");
+    start.add_additional_params(params, 1);
+    start.set_cluster_queue(nullptr);
+    word[0] = 'X';
+    EXPECT_EQ(start.get_case_file(), "/cases/SPE1.DATA");
+    ASSERT_EQ(start.get_additional_params().size(), 1u);
+    EXPECT_EQ(start.get_additional_params()[0], "--cpu-num=4");
+    EXPECT_EQ(start.get_cluster_queue(), "");
+    EXPECT_EQ(start.get_node_count(), 0);
+}
