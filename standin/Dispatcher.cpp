@@ -685,12 +685,14 @@ class DispatcherService final : public tnavapi::TNavigatorDispatcher::Service {
 
     Status SetInjectorThermalParameters(Ctx*, const tnavapi::WellLimitsRequest* rq,
                                         tnavapi::StatusReply* rp) override {
-        return Unsupported("SetInjectorThermalParameters", *rq, *rp);
+        return Unsupported("SetInjectorThermalParameters",
+                           "the model is isothermal, so injectors take no temperature", *rq, *rp);
     }
 
     Status SetInjectedGasComposition(Ctx*, const tnavapi::WellValuesRequest* rq,
                                      tnavapi::StatusReply* rp) override {
-        return Unsupported("SetInjectedGasComposition", *rq, *rp);
+        return Unsupported("SetInjectedGasComposition",
+                           "the model is black oil, with no hydrocarbon components", *rq, *rp);
     }
 
     Status CheckNewControls(Ctx*, const tnavapi::JobRequest* rq, tnavapi::StatusReply* rp) override {
@@ -732,10 +734,9 @@ class DispatcherService final : public tnavapi::TNavigatorDispatcher::Service {
     }
 
     template <typename Request, typename Reply>
-    Status Unsupported(const char* name, const Request& rq, Reply& rp) {
-        return OnJob(name, rq, rp, [&](Job&) {
-            Fail(kNotSupported, std::string(name) + " is not supported by this stand-in yet");
-        });
+    Status Unsupported(const char* name, const char* reason, const Request& rq, Reply& rp) {
+        return OnJob(name, rq, rp,
+                     [&](Job&) { Fail(kNotSupported, std::string(name) + " cannot be applied: " + reason); });
     }
 
     static std::string UnknownSession(std::uint64_t s) {

@@ -205,7 +205,8 @@ TEST_F(DispatcherTest, ErrorsNameTheirCause) {
     EXPECT_EQ(statuses.values_size(), 0);
     auto thermal = OnJob<tnavapi::WellLimitsRequest>(job);
     EXPECT_EQ(Call(&Stub::SetInjectorThermalParameters, *stub_, thermal).error().description(),
-              "SetInjectorThermalParameters is not supported by this stand-in yet");
+              "SetInjectorThermalParameters cannot be applied: the model is isothermal, so injectors take no "
+              "temperature");
     // A rejected write changes nothing: the valid first entry is not applied either.
     auto status = OnJob<tnavapi::WellCodesRequest>(job);
     status.add_wells(0);
