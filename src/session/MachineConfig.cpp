@@ -1,5 +1,7 @@
 #include "session/MachineConfig.h"
 
+#include <strings.h>
+
 #include "common/PasswordStore.h"
 #include "platform/Registry.h"
 #include "session/FileUtils.h"
@@ -36,7 +38,12 @@ void MachineConfig::Load(std::uint64_t hive, const std::string& key) {
 
     // The ports are the machine's own: they come from the driver's key whatever key is being read.
     RegistryValues own;
-    Registry::ReadKey(kHkeyCurrentUser, kDriverRegistryKey, own);
+    const bool readingOwnKey = hive == kHkeyCurrentUser && strcasecmp(key.c_str(), kDriverRegistryKey) == 0;
+    if (readingOwnKey) {
+        own = values;
+    } else {
+        Registry::ReadKey(kHkeyCurrentUser, kDriverRegistryKey, own);
+    }
     ReadNumber(own, "LowerPort", LowerPort);
     ReadNumber(own, "UpperPort", UpperPort);
     GetPortRange(LowerPort, UpperPort);
