@@ -27,7 +27,7 @@ CExtModel& ModelWithWells() {
             well.name = WellName(i);
             wells.Add(well);
         }
-        ExtModelProbe::InstallSession(*made).started = true;
+        ExtModelProbe::InstallSession(*made).SetJob(true, false);
         return made;
     }();
     return *model;

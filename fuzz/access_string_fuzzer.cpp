@@ -34,8 +34,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     if (control & 0x08) {
         ScriptedSession& session = ExtModelProbe::InstallSession(model);
-        session.started = true;
-        session.running = (control & 0x10) != 0;
+        session.SetJob(true, (control & 0x10) != 0);
     }
     ExtModelProbe::SetRunInitialised(model, (control & 0x20) != 0);
     if (control & 0x40) ExtModelProbe::SetCallbacks(model, Ignore, nullptr);

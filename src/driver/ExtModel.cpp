@@ -7,8 +7,11 @@
 #include "case/CaseDlg.h"
 #include "common/Trim.h"
 #include "driver/ErrorRecord.h"
+#include "driver/RivuletApp.h"
 #include "driver/SimCalcCallbacks.h"
 #include "inflowkit/InflowKit.h"
+#include "session/LinuxJobSession.h"
+#include "session/WindowsJobSession.h"
 
 namespace rivulet {
 
@@ -42,27 +45,64 @@ void CExtModel::ResetRun() {
     Reservoir.reset();
 }
 
-void CExtModel::CreateSession(std::string& error) {
-    Session = MakeJobSession(Settings, error);
+void CExtModel::CreateSession() {
+    if (Settings.IsLocalMachine) {
+        Session = std::make_unique<CWindowsJobSession>(&Settings, TheApp().Config);
+    } else {
+        Session = std::make_unique<CLinuxJobSession>(&Settings, TheApp().Config);
+    }
 }
 
-std::int32_t CExtModel::StartRun(std::uint32_t startParam, const std::string& /*connectedWells*/,
+std::int32_t CExtModel::StartRun(std::uint32_t startParam, const std::string& connectedWells,
                                  tErrorRecord* err) {
     StartParam = startParam;
     if (LoadedFromSave) return 0;  // a restored model does not start a simulator by itself
     ResetRun();
+    CreateSession();
     std::string error;
-    CreateSession(error);
-    if (!Session || Session->StartProcess(error) != 0) {
+    bool started = false;
+    if (Session->StartProcess(error) != 0) {
         WriteFormat(err, "Could not start the simulator process: <%s>", error.c_str());
+    } else if (!Session->LaunchJob(error)) {
+        WriteText(err, error.substr(0, 255).c_str());
+    } else {
+        Reservoir.reset();
+        if (!Session->CreateReservoir(Reservoir, connectedWells, error)) {
+            WriteFormat(err, "Error when creating the initial reservoir data: <%s>", error.c_str());
+        } else {
+            UpdateFieldTotals();
+            ReadModelDates();
+            started = true;
+        }
+    }
+    if (!started) {
         Session.reset();
         return 1;
     }
-    // The launch of the job and the first read of the reservoir come with the session kinds that reach a
-    // simulator; until then no session gets this far.
-    WriteText(err, "The simulator job cannot be launched by this build of the driver.");
-    Session.reset();
-    return 1;
+    RegisterIprWells();
+    return 0;
+}
+
+void CExtModel::ReadModelDates() {
+    StartDate = Session->StartDate();
+    if (!StartDate.IsValid()) {
+        StartDate = CurrentDate = ReportDate = EndDate = OleDate::LocalNow();
+        return;
+    }
+    CurrentDate = ReportDate = Session->CurrentDate();
+    EndDate = Session->EndDate();
+}
+
+void CExtModel::UpdateFieldTotals() {
+    // The sums over the wells' rates and totals come with the wells' results; a model read without them
+    // totals nothing.
+    FieldTotals.fill(0.0);
+}
+
+void CExtModel::RegisterIprWells() {
+    StartIPRAddWell(IprModel);
+    GasWellMap.clear();
+    EndIPRAddWell(IprModel);
 }
 
 std::int32_t CExtModel::StartSimulator(tStartData* start, tErrorRecord* err) {
@@ -102,7 +142,9 @@ std::int32_t CExtModel::Initialise(tInitData* init, tErrorRecord* err) {
         }
         if (result != 0) return result;
     }
-    WriteText(err, "The simulator job cannot be launched by this build of the driver.");
+    // Checking a restarted model, connecting the network's wells and the run to the host's start date
+    // need the simulator's wells, which this build does not read yet.
+    WriteText(err, "Initialise() cannot connect the wells of this build of the driver to the network.");
     return 1;
 }
 

@@ -13,7 +13,7 @@
 
 #include "case/CaseSettings.h"
 #include "driver/ExtInterface.h"
-#include "driver/ReservoirData.h"
+#include "session/ReservoirData.h"
 #include "platform/OleDate.h"
 #include "session/JobSession.h"
 
@@ -133,7 +133,8 @@ class CExtModel : public CExtInterface {
                               tErrorRecord* err);
 
     void ResetRun();
-    void CreateSession(std::string& error);
+    // A local session when the case runs on this machine, a cluster session otherwise.
+    void CreateSession();
     // The start steps shared by StartSimulator and Initialise; the caller holds the lock.
     std::int32_t StartRun(std::uint32_t startParam, const std::string& connectedWells, tErrorRecord* err);
     void ReadModelDates();

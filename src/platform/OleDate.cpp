@@ -118,13 +118,13 @@ std::string OleDate::Format(const char* pattern) const {
 }
 
 bool OleDate::operator==(const OleDate& other) const {
-    if (!IsValid() || !other.IsValid()) return status_ == other.status_;
-    return std::fabs(Continuous(days_) - Continuous(other.days_)) < kHalfSecond;
+    if (status_ != other.status_) return false;
+    if (IsNull()) return true;
+    return IsValid() && std::fabs(days_ - other.days_) < kHalfSecond;
 }
 
 bool OleDate::operator<(const OleDate& other) const {
-    if (!IsValid() || !other.IsValid()) return false;
-    return !(*this == other) && Continuous(days_) < Continuous(other.days_);
+    return IsValid() && other.IsValid() && Continuous(days_) < Continuous(other.days_);
 }
 
 }  // namespace rivulet

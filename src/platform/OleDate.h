@@ -51,10 +51,14 @@ class OleDate {
     // Back from the continuous axis to a day number.
     static double FromContinuous(double days);
 
-    // Equal within half a second, after folding; dates that are not valid are equal only in status.
+    // Two valid dates are equal within half a second of their raw values; two null dates are equal; an
+    // invalid date equals nothing.
     bool operator==(const OleDate& other) const;
+    // Order on the continuous axis, without tolerance; false whenever either date is not valid.
     bool operator<(const OleDate& other) const;
     bool operator>(const OleDate& other) const { return other < *this; }
+    bool operator<=(const OleDate& other) const { return *this < other || *this == other; }
+    bool operator>=(const OleDate& other) const { return *this > other || *this == other; }
 
   private:
     OleDate(double days, DateStatus status) : days_(days), status_(status) {}

@@ -4,20 +4,32 @@
 
 #include <memory>
 
+#include "ScriptedApi.h"
 #include "driver/ExtModel.h"
 #include "session/JobSession.h"
 
 namespace rivulet {
 
+// A session already connected to the scripted simulator library, with a job whose state the test sets.
 class ScriptedSession : public CJobSession {
   public:
-    bool started = false;
-    bool running = false;
+    explicit ScriptedSession(CaseSettings* settings) : CJobSession(settings) {
+        tnavscripted::Script().Reset();
+        tNavigator_API_RMA::tnav_create_manager(&m_pManager);
+        m_pManager->create_local_dispatcher__force_ports("tnav-standin", nullptr, 15960);
+        m_pManager->launch_job(tNavigator_API_RMA_start_params_t("CASE.DATA"), &m_jobId);
+        m_pManager->get_job_by_id(m_jobId, m_pJob);
+    }
+    // A started job runs until it ends; a job that has not started is neither running nor ended.
+    void SetJob(bool started, bool running) {
+        tnavscripted::Script().state.jobStarted = started;
+        tnavscripted::Script().state.jobEnded = started && !running;
+    }
 
-    bool IsConnected() const override { return true; }
-    bool HasJobStarted() const override { return started; }
-    bool IsJobRunning() const override { return running; }
-    bool HasJobEnded() const override { return started && !running; }
+    bool ConnectDispatcher(std::string&) override { return true; }
+    std::uint32_t GetProcessCreationTimeout() const override { return 0; }
+    void AddStartParams(tNavigator_API_RMA_start_params_t&) override {}
+    bool PrepareCaseFile(std::string&) override { return true; }
     const char* GetHostDescription() const override { return "Local host"; }
     int StartProcess(std::string&) override { return 0; }
 };
@@ -28,7 +40,7 @@ struct ExtModelProbe {
         return *model.Reservoir;
     }
     static ScriptedSession& InstallSession(CExtModel& model) {
-        auto session = std::make_unique<ScriptedSession>();
+        auto session = std::make_unique<ScriptedSession>(&model.GetSettings());
         ScriptedSession& handle = *session;
         model.Session = std::move(session);
         return handle;

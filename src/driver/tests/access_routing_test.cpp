@@ -54,7 +54,7 @@ TEST_F(AccessRouting, OnlyTheCaseIsReadBeforeTheStart) {
     EXPECT_EQ(Get("TNAVIGATOR.CaseDetails.IsLocalMachine"), Answer(0, "1"));
     EXPECT_EQ(Get("TNAVIGATOR.WELL.Count").first, 1);
     EXPECT_STREQ(err_.szText, "Error: Only the CaseDetails can be read before the simulator is started.");
-    ExtModelProbe::InstallSession(model_).started = true;  // started, but without reservoir data
+    ExtModelProbe::InstallSession(model_).SetJob(true, false);  // started, but without reservoir data
     EXPECT_EQ(Get("TNAVIGATOR.Well.Count").first, 1);
     EXPECT_STREQ(err_.szText, "Case data does not yet exist.");
 }
@@ -63,7 +63,7 @@ TEST_F(AccessRouting, CaseWritesFollowTheRunState) {
     const char* port = "TNAVIGATOR.CaseDetails.HeadNodePort";
     EXPECT_EQ(Set(port, "1024"), Answer(0, ""));
     ScriptedSession& session = ExtModelProbe::InstallSession(model_);
-    session.started = true;
+    session.SetJob(true, false);
     EXPECT_EQ(Set(port, "2000"), Answer(1, "Cannot edit HeadNodePort once the simulator has been started."));
     EXPECT_EQ(Set("TNAVIGATOR.CaseDetails.IsLocalMachine", "0"),
               Answer(1, "Cannot edit IsLocalMachine once the simulator has been started."));
@@ -71,7 +71,7 @@ TEST_F(AccessRouting, CaseWritesFollowTheRunState) {
     EXPECT_EQ(Set("TNAVIGATOR.CaseDetails.IprAlpha", "4"), Answer(0, ""));
     EXPECT_EQ(Set("TNAVIGATOR.WELL.Count", "3"), Answer(1, ""));  // no wells without reservoir data
 
-    session.running = true;
+    session.SetJob(true, true);
     ExtModelProbe::SetRunInitialised(model_, true);
     const Answer refused(1, "Cannot edit CaseDetails while the simulator is running.");
     EXPECT_EQ(Set("TNAVIGATOR.CaseDetails.IprAlpha", "2"), refused);
@@ -97,7 +97,7 @@ TEST_F(AccessRouting, WellsAreReachedByExactKeyOrIndex) {
     // Before the start a well's error is put as the case-only rule; once started it is told as it is.
     EXPECT_EQ(Set("TNAVIGATOR.Well.Delete", "9"),
               Answer(1, "Error: Only CaseDetails can be edited when the simulator is not running."));
-    ExtModelProbe::InstallSession(model_).started = true;
+    ExtModelProbe::InstallSession(model_).SetJob(true, false);
     EXPECT_EQ(Set("TNAVIGATOR.Well.Delete", "9"),
               Answer(1, "Attempting to remove an object at an invalid index"));
     EXPECT_EQ(wells.Count(), 2u);

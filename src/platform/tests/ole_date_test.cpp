@@ -34,11 +34,14 @@ TEST(OleDate, RoundTripsThroughTheCalendarToTheNearestSecond) {
     EXPECT_FALSE(OleDate::FromDays(5e7).ToCalendar().has_value());
 }
 
-TEST(OleDate, EqualityAllowsHalfASecondAfterFoldingNegativeDays) {
+TEST(OleDate, EqualityAllowsHalfASecondAndOrderFoldsNegativeDays) {
     const double halfSecond = 1.0 / 172800.0;
     EXPECT_EQ(OleDate::FromDays(100.0), OleDate::FromDays(100.0 + 0.9 * halfSecond));
     EXPECT_FALSE(OleDate::FromDays(100.0) == OleDate::FromDays(100.0 + 1.1 * halfSecond));
-    EXPECT_FALSE(OleDate::FromDays(100.0) < OleDate::FromDays(100.0 + 0.9 * halfSecond));
+    // Order has no tolerance: a date a fraction of a second later is both equal and greater.
+    EXPECT_TRUE(OleDate::FromDays(100.0) < OleDate::FromDays(100.0 + 0.9 * halfSecond));
+    EXPECT_TRUE(OleDate::FromDays(100.0 + 0.9 * halfSecond) >= OleDate::FromDays(100.0));
+    EXPECT_FALSE(OleDate::FromDays(100.5) <= OleDate::FromDays(100.25));
     // -1.25 is 29 December 06:00 and -1.75 the same day at 18:00: later, though the number is smaller.
     EXPECT_TRUE(OleDate::FromDays(-1.25) < OleDate::FromDays(-1.75));
     EXPECT_TRUE(OleDate::FromDays(-1.75) < OleDate::FromDays(-0.5));
@@ -48,7 +51,10 @@ TEST(OleDate, EqualityAllowsHalfASecondAfterFoldingNegativeDays) {
     EXPECT_FALSE(OleDate::Null() < OleDate::FromDays(1.0));
     EXPECT_FALSE(OleDate::FromDays(1.0) < OleDate::Invalid());
     EXPECT_EQ(OleDate::Null(), OleDate::Null());
+    EXPECT_FALSE(OleDate::Invalid() == OleDate::Invalid());
     EXPECT_FALSE(OleDate::Null() == OleDate::FromDays(0.0));
+    EXPECT_FALSE(OleDate::Null() <= OleDate::FromDays(0.0));
+    EXPECT_FALSE(OleDate::Null() >= OleDate::FromDays(0.0));
 }
 
 TEST(OleDate, DaysAddOnTheContinuousAxis) {

@@ -1,0 +1,208 @@
+#include "session/WindowsJobSession.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <mutex>
+#include <stdexcept>
+
+#include "case/CaseSettings.h"
+#include "session/FileUtils.h"
+#include "session/ScenarioJobInfo.h"
+
+namespace rivulet {
+
+namespace {
+
+// The ports held by this process's sessions. The process creation guards serialise its writers in
+// AcquirePort; the mutex covers ReleasePort, which runs on whichever thread closes a session.
+std::vector<int> s_portsInUse;
+std::mutex s_portsMutex;
+
+constexpr const char* kPortMutexPrefix = "Global\\QuillonConfluxPortMutex";
+
+bool PortInUse(int port) {
+    std::lock_guard lock(s_portsMutex);
+    return std::find(s_portsInUse.begin(), s_portsInUse.end(), port) != s_portsInUse.end();
+}
+
+std::string PortMutexName(int port) {
+    char name[96];
+    std::snprintf(name, sizeof(name), "%s%d", kPortMutexPrefix, port);
+    return name;
+}
+
+// The debug directory joined to a file name with this platform's separator.
+std::string InDirectory(const std::string& directory, const char* name) {
+    const char last = directory.back();
+    std::string path;
+    FileUtils::JoinPath(path, last == '/' || last == '\\' ? directory : directory + '/', name);
+    return path;
+}
+
+}  // namespace
+
+CWindowsJobSession::CWindowsJobSession(CaseSettings* settings, const MachineConfig& config)
+    : CJobSession(settings), m_config(config) {}
+
+CWindowsJobSession::~CWindowsJobSession() {
+    CWindowsJobSession::CloseSession();
+}
+
+void CWindowsJobSession::CloseSession() {
+    CJobSession::CloseSession();
+    ReleasePort();
+}
+
+std::vector<int> CWindowsJobSession::PortsInUse() {
+    std::lock_guard lock(s_portsMutex);
+    return s_portsInUse;
+}
+
+int CWindowsJobSession::StartProcess(std::string& error) {
+    if (IsConnected()) {
+        error = "The current simulator process is still running. No new process was created.";
+        return 1;
+    }
+    std::lock_guard lock(m_lock);
+    if (IsConnected()) {
+        error = "The current simulator process is still running. No new process is created.";
+        return 1;
+    }
+    if (!m_config.IsConfigured(true)) {
+        error =
+            "The tNavigator configuration for a Local Machine run has not been set. No new process is "
+            "created.";
+        return 1;
+    }
+    return CreateProcessSerialised(error) ? 0 : 1;
+}
+
+bool CWindowsJobSession::ConnectDispatcher(std::string& error) {
+    m_apiLogPath.clear();
+    if (!SelectPort(error)) return false;
+    if (!PrepareCaseFile(error)) return false;  // the port stays held for a later attempt
+
+    std::string debugFile;
+    const std::string& directory = m_config.DebugCommsDirectory;
+    if (!directory.empty() && FileUtils::DirectoryIsWritable(directory)) {
+        char name[64];
+        std::snprintf(name, sizeof(name), "DebugTNav%d.txt", m_port);
+        debugFile = InDirectory(directory, name);
+        if (directory.find("IncDetailedApiLog") != std::string::npos) {
+            std::snprintf(name, sizeof(name), "DebugTNav%d_DetailedApiLog.txt", m_port);
+            m_apiLogPath = InDirectory(directory, name);
+        }
+    }
+    try {
+        tNavigator_API_RMA::init();
+        tNavigator_API_RMA::tnav_create_manager(&m_pManager);
+        if (m_pManager == nullptr) throw std::runtime_error("no manager");
+        const tNavigator_API_RMA_error_t result = m_pManager->create_local_dispatcher__force_ports(
+            m_config.SimExecutable.c_str(), debugFile.empty() ? nullptr : debugFile.c_str(), m_port);
+        if (result.id() != 0) {
+            char text[2048];
+            std::snprintf(text, sizeof(text), "Failed to start local dispatcher.\nError code: %d\n%s",
+                          result.id(), result.description());
+            error = text;
+            CloseSession();
+            return false;
+        }
+    } catch (...) {
+        error = "An exception was thrown when creating a tNavigator dispatcher";
+        CloseSession();
+        return false;
+    }
+    return true;
+}
+
+bool CWindowsJobSession::SelectPort(std::string& error) {
+    if (!m_config.IsConfigured(true)) {
+        error = "Simulator has not been configured: No new process was created.";
+        return false;
+    }
+    int lower = 0, upper = 0;
+    m_config.GetPortRange(lower, upper);
+    if (!AcquirePort(lower, upper)) {
+        char text[160];
+        std::snprintf(
+            text, sizeof(text),
+            "Port in the range [%d, %d] was not available for the Simulator: No new process was created.",
+            lower, upper);
+        error = text;
+        return false;
+    }
+    return true;
+}
+
+bool CWindowsJobSession::AcquirePort(int lower, int upper) {
+    if (m_portMutex) return true;
+    if (lower > upper || lower < MachineConfig::kLowestPort) return false;
+
+    std::unique_ptr<NamedMutex> found;
+    int chosen = -1;
+    // First pass: a port whose mutex this call creates, so that no one has used it yet.
+    for (int port = lower; port <= upper && chosen < 0; ++port) {
+        if (PortInUse(port)) continue;
+        bool existed = false;
+        auto mutex = NamedMutex::Create(PortMutexName(port), true, &existed);
+        if (!mutex || existed || !mutex->Owned()) continue;
+        found = std::move(mutex);
+        chosen = port;
+    }
+    // Second pass: a port whose existing mutex is free, or whose owner has died.
+    for (int port = lower; port <= upper && chosen < 0; ++port) {
+        if (PortInUse(port)) continue;
+        auto mutex = NamedMutex::Create(PortMutexName(port), false, nullptr);
+        if (!mutex || mutex->Wait(200) != NamedMutex::WaitResult::Acquired) continue;
+        found = std::move(mutex);
+        chosen = port;
+    }
+    if (chosen < 0) return false;
+    {
+        std::lock_guard lock(s_portsMutex);
+        s_portsInUse.push_back(chosen);
+    }
+    m_portMutex = std::move(found);
+    m_port = chosen;
+    return true;
+}
+
+void CWindowsJobSession::ReleasePort() {
+    if (!m_portMutex) return;
+    {
+        std::lock_guard lock(s_portsMutex);
+        auto it = std::find(s_portsInUse.begin(), s_portsInUse.end(), m_port);
+        if (it != s_portsInUse.end()) s_portsInUse.erase(it);
+    }
+    m_port = -1;
+    m_portMutex->Release();
+    m_portMutex.reset();
+}
+
+void CWindowsJobSession::AddStartParams(tNavigator_API_RMA_start_params_t& params) {
+    if (m_pCaseSettings->ParallelCount < 0) return;
+    char text[32];
+    std::snprintf(text, sizeof(text), "--cpu-num=%d", m_pCaseSettings->ParallelCount);
+    const char* words[] = {text};
+    params.add_additional_params(words, 1);
+}
+
+bool CWindowsJobSession::PrepareCaseFile(std::string& error) {
+    const std::string& file = m_pCaseSettings->FileName;
+    if (!FileUtils::FileExists(file, true)) {
+        error = "The case file " + file + " does not exist.";
+        return false;
+    }
+    const ScenarioJobInfo info = ScenarioJobInfo::FromEnvironment();
+    if (info.jobId < 0) return true;
+    std::string copy;
+    FileUtils::DuplicateScenarioFile(info, copy, file, false);
+    if (copy == file) {
+        error = "Failed to create a new duplicate senario case file for " + file + ".";
+        return false;
+    }
+    m_pCaseSettings->FileName = copy;
+    return true;
+}
+
+}  // namespace rivulet
