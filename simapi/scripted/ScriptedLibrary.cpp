@@ -77,18 +77,19 @@ void ScriptedLibrary::ClearCalls() {
 tNavigator_API_RMA_error_t ScriptedLibrary::Enter(const std::string& name, const std::string& args) {
     std::lock_guard lock(mutex);
     calls_.push_back({name, args});
+    // Every failure counts this call towards its turn; the first whose turn it is fires.
+    tNavigator_API_RMA_error_t error;
     auto [first, last] = failures_.equal_range(name);
     for (auto it = first; it != last; ++it) {
         Failure& failure = it->second;
         if (failure.skip > 0) {
             --failure.skip;
-            continue;
+        } else if (failure.times != 0 && error.id() == 0) {
+            if (failure.times > 0) --failure.times;
+            error = tNavigator_API_RMA_error_t(failure.id, failure.description);
         }
-        if (failure.times == 0) continue;
-        if (failure.times > 0) --failure.times;
-        return {failure.id, failure.description};
     }
-    return {};
+    return error;
 }
 
 ScriptedLibrary& Script() {

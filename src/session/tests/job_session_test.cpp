@@ -1,0 +1,331 @@
+#include <string>
+
+#include "common/PasswordStore.h"
+#include "session/LinuxJobSession.h"
+#include "session/WindowsJobSession.h"
+#include "session/tests/SessionFixture.h"
+
+namespace rivulet {
+namespace {
+
+using tnavscripted::Script;
+
+class LocalSession : public SessionTest {
+  protected:
+    bool Start(CWindowsJobSession& session) {
+        error_.clear();
+        return session.StartProcess(error_) == 0;
+    }
+    bool StartAndLaunch(CWindowsJobSession& session) { return Start(session) && session.LaunchJob(error_); }
+    std::string error_;
+};
+
+TEST_F(LocalSession, StartsTheDispatcherOnTheFirstFreePortAndHoldsItUntilClosed) {
+    {
+        CWindowsJobSession session(&settings_, config_);
+        ASSERT_TRUE(Start(session)) << error_;
+        EXPECT_EQ(Args("create_local_dispatcher__force_ports"), config_.SimExecutable + "|(null)|15960");
+        EXPECT_TRUE(session.IsConnected());
+        EXPECT_EQ(CWindowsJobSession::PortsInUse(), std::vector<int>{15960});
+        EXPECT_EQ(session.StartProcess(error_), 1);
+        EXPECT_EQ(error_, "The current simulator process is still running. No new process was created.");
+
+        // A second session of this process skips the held port.
+        CWindowsJobSession second(&settings_, config_);
+        ASSERT_TRUE(second.AcquirePort(15960, 15962));
+        EXPECT_EQ(second.Port(), 15961);
+    }
+    EXPECT_TRUE(CWindowsJobSession::PortsInUse().empty());
+    EXPECT_EQ(Calls("disconnect"), 1);
+    EXPECT_EQ(Calls("tnav_free_manager"), 1);
+}
+
+TEST_F(LocalSession, RefusesAnUnconfiguredMachineAndABadRange) {
+    config_.UpperPort = 70000;
+    CWindowsJobSession session(&settings_, config_);
+    EXPECT_FALSE(Start(session));
+    EXPECT_EQ(
+        error_,
+        "The tNavigator configuration for a Local Machine run has not been set. No new process is created.");
+    EXPECT_FALSE(session.AcquirePort(1023, 1030));
+    EXPECT_FALSE(session.AcquirePort(2000, 1999));
+    EXPECT_EQ(Calls("tnav_create_manager"), 0);
+}
+
+TEST_F(LocalSession, AMissingCaseFileKeepsThePortForTheNextAttempt) {
+    settings_.FileName = (dir_ / "MISSING.DATA").string();
+    CWindowsJobSession session(&settings_, config_);
+    EXPECT_FALSE(Start(session));
+    EXPECT_EQ(error_, "The case file " + settings_.FileName + " does not exist.");
+    EXPECT_EQ(session.Port(), 15960);
+    settings_.FileName = Touch("CASE.DATA");
+    ASSERT_TRUE(Start(session)) << error_;
+    EXPECT_EQ(session.Port(), 15960);
+    EXPECT_EQ(CWindowsJobSession::PortsInUse(), std::vector<int>{15960});
+}
+
+TEST_F(LocalSession, AFailedDispatcherStartFreesTheManagerAndThePort) {
+    Script().Fail("create_local_dispatcher__force_ports", 12, "port taken");
+    CWindowsJobSession session(&settings_, config_);
+    EXPECT_FALSE(Start(session));
+    EXPECT_EQ(error_, "Failed to start local dispatcher.\nError code: 12\nport taken");
+    EXPECT_EQ(Calls("tnav_free_manager"), 1);
+    EXPECT_FALSE(session.IsConnected());
+    EXPECT_TRUE(CWindowsJobSession::PortsInUse().empty());
+}
+
+TEST_F(LocalSession, DebugDirectoryNamesBothFilesWithThePort) {
+    config_.DebugCommsDirectory = (dir_ / "IncDetailedApiLog").string();
+    std::filesystem::create_directories(config_.DebugCommsDirectory);
+    CWindowsJobSession session(&settings_, config_);
+    ASSERT_TRUE(StartAndLaunch(session)) << error_;
+    const std::string debugFile = config_.DebugCommsDirectory + "/DebugTNav15960.txt";
+    EXPECT_EQ(Args("create_local_dispatcher__force_ports"),
+              config_.SimExecutable + "|" + debugFile + "|15960");
+    EXPECT_EQ(session.ApiLogPath(), config_.DebugCommsDirectory + "/DebugTNav15960_DetailedApiLog.txt");
+    EXPECT_NE(session.ApiLog(), nullptr);
+    EXPECT_TRUE(std::filesystem::exists(session.ApiLogPath()));
+
+    // Any other directory gives only the simulator's file.
+    config_.DebugCommsDirectory = (dir_ / "plain").string();
+    std::filesystem::create_directories(config_.DebugCommsDirectory);
+    CWindowsJobSession other(&settings_, config_);
+    ASSERT_TRUE(StartAndLaunch(other)) << error_;
+    EXPECT_EQ(Args("create_local_dispatcher__force_ports"),
+              config_.SimExecutable + "|" + config_.DebugCommsDirectory + "/DebugTNav15961.txt|15961");
+    EXPECT_EQ(other.ApiLog(), nullptr);
+}
+
+TEST_F(LocalSession, ThreadCountIsSentWhenNotNegative) {
+    settings_.ParallelCount = 0;
+    CWindowsJobSession session(&settings_, config_);
+    ASSERT_TRUE(StartAndLaunch(session)) << error_;
+    EXPECT_EQ(Args("launch_job"), settings_.FileName + "||0|--cpu-num=0");
+}
+
+TEST_F(LocalSession, ScenarioRunLaunchesACopyOfTheCase) {
+    ::setenv("QNC_JOBID", "4", 1);
+    ::setenv("QNC_JOBSLOT", "3", 1);
+    ::setenv("QNC_HOST", "node7", 1);
+    const std::string original = settings_.FileName;
+    CWindowsJobSession session(&settings_, config_);
+    ASSERT_TRUE(StartAndLaunch(session)) << error_;
+    EXPECT_EQ(settings_.FileName, (dir_ / "CASE_NODE7_3.DATA").string());
+    EXPECT_TRUE(std::filesystem::exists(settings_.FileName));
+    EXPECT_EQ(Args("launch_job"), settings_.FileName + "||0");
+    EXPECT_NE(settings_.FileName, original);
+}
+
+// The launch, through a local session.
+TEST_F(LocalSession, VersionGateAndMaxRateDetails) {
+    struct Case {
+        const char* version;
+        const char* error;  // empty: passes
+        bool details;
+    };
+    const Case cases[] = {
+        {"v4.2", "", false},
+        {"V5.0", "", true},
+        {"v5", "", true},
+        {"v4.2.3", "", false},
+        {"v4.2.4", "", true},
+        {"v4.3", "", true},
+        {"v4.1", "The simulator version number (v4.1) is is below the minimum supported (v4.2).", false},
+        {"v4", "The simulator version number (v4) is is below the minimum supported (v4.2).", false},
+        {"4.2", "The simulator version number (4.2) is not in the expected format.", false},
+        {"v", "The simulator version number (v) is not in the expected format.", false},
+        {"", "No simulator version number has been read.", false},
+    };
+    for (const Case& c : cases) {
+        Script().Reset();
+        Sim().version = c.version;
+        CWindowsJobSession session(&settings_, config_);
+        const bool launched = StartAndLaunch(session);
+        EXPECT_EQ(launched, *c.error == '\0') << c.version;
+        EXPECT_EQ(launched ? std::string() : error_, c.error) << c.version;
+        EXPECT_EQ(Calls("stop"), launched ? 0 : 1) << c.version;
+        if (launched) {
+            EXPECT_EQ(session.GetSupportsMaxRateDetails(), c.details) << c.version;
+        }
+    }
+}
+
+TEST_F(LocalSession, LaunchFailuresGiveTheirTextsAndStopTheJob) {
+    struct Case {
+        const char* call;
+        const char* error;
+        int stops;
+    };
+    const Case cases[] = {
+        {"launch_job", "Failed to launch job: boom.", 0},
+        {"get_job_by_id", "Failed to identify job using job id: boom.", 0},
+        {"wait_for_start", "Error when waiting for job to start: boom.", 1},
+        {"check_compatibility", "Error when launching job: boom.", 1},
+        {"get_tnav_version", "Error when reading simulator version: boom.", 1},
+    };
+    for (const Case& c : cases) {
+        Script().Reset();
+        Script().Fail(c.call, 5, "boom");
+        CWindowsJobSession session(&settings_, config_);
+        EXPECT_FALSE(StartAndLaunch(session)) << c.call;
+        EXPECT_EQ(error_, c.error);
+        EXPECT_EQ(Calls("stop"), c.stops) << c.call;
+        EXPECT_TRUE(session.IsConnected()) << c.call;  // the manager stays until the session goes
+    }
+    Script().Reset();
+    Sim().nullWellRequester = true;
+    CWindowsJobSession session(&settings_, config_);
+    EXPECT_FALSE(StartAndLaunch(session));
+    EXPECT_EQ(error_, "Error when creating well data requester.");
+    EXPECT_EQ(Calls("stop"), 1);
+}
+
+TEST_F(LocalSession, OpeningIsAwaitedTwiceBeforeItFails) {
+    Script().Fail("wait_for_state", 2, "still loading");
+    CWindowsJobSession session(&settings_, config_);
+    ASSERT_TRUE(StartAndLaunch(session)) << error_;
+    EXPECT_EQ(Calls("wait_for_state"), 2);
+    EXPECT_EQ(Calls("state"), 1);
+
+    Script().Reset();
+    Script().Fail("wait_for_state", 2, "first", 1);
+    Script().Fail("wait_for_state", 2, "second", 2);
+    CWindowsJobSession twice(&settings_, config_);
+    EXPECT_FALSE(StartAndLaunch(twice));
+    EXPECT_EQ(error_, "Error when waiting for job to complete opening: second.");
+
+    Script().Reset();
+    Script().Fail("wait_for_state", 2, "first");
+    Script().Fail("state", 2, "no state");
+    CWindowsJobSession unread(&settings_, config_);
+    EXPECT_FALSE(StartAndLaunch(unread));
+    EXPECT_EQ(error_, "Error when waiting for job to complete opening: first.");
+}
+
+TEST_F(LocalSession, LaunchNeedsAConnectionAndHappensOnce) {
+    CWindowsJobSession session(&settings_, config_);
+    EXPECT_FALSE(session.LaunchJob(error_));
+    EXPECT_EQ(error_, "The process is not running.");
+    ASSERT_TRUE(StartAndLaunch(session)) << error_;
+    EXPECT_FALSE(session.LaunchJob(error_));
+    EXPECT_EQ(error_, "Invalid operation: the job has already been launched.");
+    EXPECT_EQ(Calls("launch_job"), 1);
+    EXPECT_TRUE(session.IsJobRunning());
+}
+
+TEST_F(LocalSession, StateTestsFollowTheJobAndTheConnection) {
+    CWindowsJobSession session(&settings_, config_);
+    ASSERT_TRUE(StartAndLaunch(session)) << error_;
+    EXPECT_FALSE(session.HasJobEnded());
+    Sim().jobEnded = true;
+    EXPECT_FALSE(session.IsJobRunning());
+    EXPECT_TRUE(session.HasJobEnded());
+    Script().ClearCalls();
+    EXPECT_TRUE(session.StopSimulation(error_));
+    EXPECT_EQ(Calls("stop"), 0);
+
+    Sim().jobEnded = false;
+    Sim().connectionLost = true;
+    EXPECT_TRUE(session.HasJobEnded());
+    EXPECT_FALSE(session.IsJobRunning());
+}
+
+TEST_F(LocalSession, ClosingARunningJobStopsItTwiceThenDisconnects) {
+    CWindowsJobSession session(&settings_, config_);
+    ASSERT_TRUE(StartAndLaunch(session)) << error_;
+    Script().ClearCalls();
+    session.CloseSession();
+    EXPECT_EQ(Calls("stop"), 2);
+    EXPECT_EQ(Calls("tnav_free_job"), 1);
+    EXPECT_EQ(Calls("disconnect"), 1);
+    EXPECT_FALSE(session.IsConnected());
+    EXPECT_EQ(session.Port(), -1);
+}
+
+class ClusterSession : public SessionTest {
+  protected:
+    void SetUp() override {
+        SessionTest::SetUp();
+        settings_.IsLocalMachine = false;
+        settings_.HeadNodeName = "head01";
+        settings_.HeadNodePort = 1024;
+        settings_.FileName = "/data/runs/CASE.DATA";
+        config_.LinuxUser = "reservoir";
+        config_.Password = StorePassword("crypted:secret");
+    }
+    std::string error_;
+};
+
+TEST_F(ClusterSession, ChecksTheCaseBeforeConnecting) {
+    struct Case {
+        int port;
+        const char* file;
+        const char* error;
+    };
+    const Case cases[] = {
+        {1023, "/data/CASE.DATA",
+         "The tNavigator case settings for a Linux cluster are invalid. No new process is created."},
+        {65536, "/data/CASE.DATA",
+         "The tNavigator case settings for a Linux cluster are invalid. No new process is created."},
+        {65535, "", "No case file name has been defined. No new process is created"},
+        {65535, "CASE.DATA", "The case name CASE.DATA could not be split into a file name and linux path."},
+    };
+    for (const Case& c : cases) {
+        settings_.HeadNodePort = c.port;
+        settings_.FileName = c.file;
+        CLinuxJobSession session(&settings_, config_);
+        EXPECT_EQ(session.StartProcess(error_), 1);
+        EXPECT_EQ(error_, c.error);
+    }
+    EXPECT_EQ(Calls("connect_to_dispatcher"), 0);
+}
+
+TEST_F(ClusterSession, ConnectsAsTheUserWithTheCryptedPassword) {
+    settings_.ParallelCount = 0;
+    settings_.LinuxQueue = "   ";
+    CLinuxJobSession session(&settings_, config_);
+    ASSERT_EQ(session.StartProcess(error_), 0) << error_;
+    EXPECT_EQ(Args("connect_to_dispatcher"), "head01|1024|reservoir|crypted:secret");
+    EXPECT_STREQ(session.GetHostDescription(), "head01");
+    ASSERT_TRUE(session.LaunchJob(error_)) << error_;
+    EXPECT_EQ(Args("launch_job"), "/data/runs/CASE.DATA||0");  // no node count, no queue
+
+    settings_.ParallelCount = 8;
+    settings_.LinuxQueue = " long ";
+    CLinuxJobSession second(&settings_, config_);
+    ASSERT_EQ(second.StartProcess(error_), 0) << error_;
+    ASSERT_TRUE(second.LaunchJob(error_)) << error_;
+    EXPECT_EQ(Args("launch_job"), "/data/runs/CASE.DATA|long|8");
+}
+
+TEST_F(ClusterSession, ARefusedConnectionKeepsTheManagerUntilTheSessionGoes) {
+    Script().Fail("connect_to_dispatcher", 401, "unknown user");
+    {
+        CLinuxJobSession session(&settings_, config_);
+        EXPECT_EQ(session.StartProcess(error_), 1);
+        EXPECT_EQ(error_, "Failed to connect to linux dispatcher.\nError code: 401\nunknown user");
+        EXPECT_STREQ(session.GetHostDescription(), "");
+        EXPECT_EQ(Calls("tnav_free_manager"), 0);
+    }
+    EXPECT_EQ(Calls("tnav_free_manager"), 1);
+}
+
+TEST_F(ClusterSession, ScenarioCopyIsNamedInTheClustersTerms) {
+    ::setenv("QNC_JOBID", "4", 1);
+    ::setenv("QNC_JOBSLOT", "3", 1);
+    ::setenv("QNC_HOST", "host", 1);
+    CLinuxJobSession unseen(&settings_, config_);
+    EXPECT_EQ(unseen.StartProcess(error_), 1);
+    EXPECT_EQ(error_,
+              "The case file's directory as viewed by your local machine must exist for a senario run.");
+
+    settings_.WindowsEquivDir = (dir_ / "runs").string();
+    Touch("runs/CASE.DATA");
+    CLinuxJobSession session(&settings_, config_);
+    ASSERT_EQ(session.StartProcess(error_), 0) << error_;
+    EXPECT_EQ(settings_.FileName, "/data/runs/CASE_HOST_3.DATA");
+    EXPECT_TRUE(std::filesystem::exists(dir_ / "runs" / "CASE_HOST_3.DATA"));
+}
+
+}  // namespace
+}  // namespace rivulet
