@@ -92,6 +92,20 @@ bool CJobSession::CreateProcessSerialised(std::string& error) {
     return result;
 }
 
+int CJobSession::StartGuarded(std::string& error, const std::function<bool(std::string&)>& ready) {
+    if (IsConnected()) {
+        error = "The current simulator process is still running. No new process was created.";
+        return 1;
+    }
+    std::lock_guard lock(m_lock);
+    if (IsConnected()) {
+        error = "The current simulator process is still running. No new process is created.";
+        return 1;
+    }
+    if (!ready(error)) return 1;
+    return CreateProcessSerialised(error) ? 0 : 1;
+}
+
 bool CJobSession::FailLaunch(std::string& error, std::string text) {
     error = std::move(text);
     m_pJob->stop(nullptr);

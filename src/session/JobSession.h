@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <fstream>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -91,6 +92,10 @@ class CJobSession {
     static bool VersionSupportsMaxRateDetails(const std::string& version);
 
   protected:
+    // The start shared by both kinds of session: refuses a connected session (tested before and under
+    // m_lock), then runs the kind's own checks, then CreateProcessSerialised. 0 is success.
+    int StartGuarded(std::string& error, const std::function<bool(std::string&)>& ready);
+
     CaseSettings* m_pCaseSettings;
     std::mutex m_lock;
     std::ofstream m_apiLog;

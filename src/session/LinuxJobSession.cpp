@@ -24,30 +24,23 @@ CLinuxJobSession::CLinuxJobSession(CaseSettings* settings, const MachineConfig& 
 CLinuxJobSession::~CLinuxJobSession() = default;
 
 int CLinuxJobSession::StartProcess(std::string& error) {
-    if (IsConnected()) {
-        error = "The current simulator process is still running. No new process was created.";
-        return 1;
-    }
-    std::lock_guard lock(m_lock);
-    if (IsConnected()) {
-        error = "The current simulator process is still running. No new process is created.";
-        return 1;
-    }
-    if (m_pCaseSettings->HeadNodeName.empty() || !ValidPort(m_pCaseSettings->HeadNodePort)) {
-        error = "The tNavigator case settings for a Linux cluster are invalid. No new process is created.";
-        return 1;
-    }
-    if (m_pCaseSettings->FileName.empty()) {
-        error = "No case file name has been defined. No new process is created";
-        return 1;
-    }
-    if (!m_config.IsConfigured(false)) {  // always passes: the dispatcher judges the account
-        error =
-            "The tNavigator configuration for a Linux cluster run has not been set. No new process is "
-            "created.";
-        return 1;
-    }
-    return CreateProcessSerialised(error) ? 0 : 1;
+    return StartGuarded(error, [this](std::string& text) {
+        if (m_pCaseSettings->HeadNodeName.empty() || !ValidPort(m_pCaseSettings->HeadNodePort)) {
+            text = "The tNavigator case settings for a Linux cluster are invalid. No new process is created.";
+            return false;
+        }
+        if (m_pCaseSettings->FileName.empty()) {
+            text = "No case file name has been defined. No new process is created";
+            return false;
+        }
+        if (!m_config.IsConfigured(false)) {  // always passes: the dispatcher judges the account
+            text =
+                "The tNavigator configuration for a Linux cluster run has not been set. No new process is "
+                "created.";
+            return false;
+        }
+        return true;
+    });
 }
 
 bool CLinuxJobSession::ConnectDispatcher(std::string& error) {

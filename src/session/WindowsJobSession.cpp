@@ -59,22 +59,13 @@ std::vector<int> CWindowsJobSession::PortsInUse() {
 }
 
 int CWindowsJobSession::StartProcess(std::string& error) {
-    if (IsConnected()) {
-        error = "The current simulator process is still running. No new process was created.";
-        return 1;
-    }
-    std::lock_guard lock(m_lock);
-    if (IsConnected()) {
-        error = "The current simulator process is still running. No new process is created.";
-        return 1;
-    }
-    if (!m_config.IsConfigured(true)) {
-        error =
+    return StartGuarded(error, [this](std::string& text) {
+        if (m_config.IsConfigured(true)) return true;
+        text =
             "The tNavigator configuration for a Local Machine run has not been set. No new process is "
             "created.";
-        return 1;
-    }
-    return CreateProcessSerialised(error) ? 0 : 1;
+        return false;
+    });
 }
 
 bool CWindowsJobSession::ConnectDispatcher(std::string& error) {
