@@ -16,8 +16,10 @@ using Clock = std::chrono::steady_clock;
 
 // How long a local dispatcher may take to answer its first Connect.
 constexpr std::chrono::seconds kLocalStartTimeout{20};
-// Deadline of the liveness probe behind is_connected.
+// Deadlines of the liveness probe behind is_connected: a quick one, and a second, longer chance for a
+// dispatcher that is only slow to answer, as on a loaded machine.
 constexpr std::chrono::milliseconds kPingDeadline{300};
+constexpr std::chrono::milliseconds kSlowPingDeadline{2000};
 
 }  // namespace
 
@@ -127,9 +129,13 @@ int Manager::is_connected() const {
     tnavapi::SessionRequest request;
     request.set_session(connection_->session());
     tnavapi::StatusReply reply;
-    grpc::ClientContext context;
-    context.set_deadline(std::chrono::system_clock::now() + kPingDeadline);
-    const grpc::Status status = connection_->stub().Ping(&context, request, &reply);
+    grpc::Status status;
+    for (const auto deadline : {kPingDeadline, kSlowPingDeadline}) {
+        grpc::ClientContext context;
+        context.set_deadline(std::chrono::system_clock::now() + deadline);
+        status = connection_->stub().Ping(&context, request, &reply);
+        if (status.error_code() != grpc::StatusCode::DEADLINE_EXCEEDED) break;
+    }
     if (!status.ok()) return 0;
     return reply.error().id() == 0 ? 1 : 0;
 }
