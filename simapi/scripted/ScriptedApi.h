@@ -69,6 +69,12 @@ struct State {
     Moment current{2015, 1, 1};
     Moment nextSchedule{2015, 2, 1};
     bool nextScheduleValid = true;
+    // How run() moves the clock: it stops at the first of `stops` after the current date (the deck's own
+    // report dates), at the target, or at the end, where the job ends. A stuck job stays where it is; an
+    // overshoot passes the target by that many minutes.
+    std::vector<Moment> stops;
+    bool stuck = false;
+    int overshootMinutes = 0;
     bool nullStaticRequester = false;
     bool nullWellRequester = false;
     // Model

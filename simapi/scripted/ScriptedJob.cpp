@@ -141,13 +141,19 @@ tNavigator_API_RMA_error_t ScriptedJob::run(const tNavigator_API_RMA_time_moment
     if (error.id() != 0) return error;
     State& s = Script().state;
     if (s.jobEnded) return {4, "run: the job has ended"};
-    if (s.end < target || s.end == target) {
+    s.jobState = TNAV_JOB_STATE_RUNNING;
+    if (s.stuck) return {};
+    Moment next = target;
+    next.minute += s.overshootMinutes;  // tests keep this within the hour
+    for (const Moment& stop : s.stops) {
+        if (s.current < stop && stop < next) next = stop;
+    }
+    if (s.end < next || s.end == next) {
         s.current = s.end;
         s.jobEnded = true;
         s.jobState = TNAV_JOB_STATE_FINISHED;
     } else {
-        s.current = target;
-        s.jobState = TNAV_JOB_STATE_RUNNING;
+        s.current = next;
     }
     return {};
 }

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -13,9 +14,9 @@
 
 #include "case/CaseSettings.h"
 #include "driver/ExtInterface.h"
-#include "session/ReservoirData.h"
 #include "platform/OleDate.h"
 #include "session/JobSession.h"
+#include "session/ReservoirData.h"
 
 namespace rivulet {
 
@@ -138,6 +139,12 @@ class CExtModel : public CExtInterface {
     // The start steps shared by StartSimulator and Initialise; the caller holds the lock.
     std::int32_t StartRun(std::uint32_t startParam, const std::string& connectedWells, tErrorRecord* err);
     void ReadModelDates();
+    // One inner step of Timestep: Continue, the end test and the clock reading; the caller holds the lock.
+    bool StepToNextStop(tErrorRecord* err);
+    // Sends the wells' targets to the simulator.
+    bool ApplyWellTargets(std::string& error);
+    // Settles the injection phases of injectors and sends those that changed.
+    bool ResetInjectorPhasesStep(std::string& error);
     // Refuses a host end date beyond the deck's end; fails silently with no session.
     bool CheckEndDate(const tDate* target, tErrorRecord* err) const;
     void UpdateFieldTotals();
@@ -168,6 +175,8 @@ class CExtModel : public CExtInterface {
     std::map<std::string, bool> GasWellMap;
     HostTextCallback ProgressCallback = nullptr;
     HostTextCallback StatusCallback = nullptr;
+    // Called by Timestep between passes, with the lock released; tests use it to act from another thread.
+    std::function<void()> BetweenPasses;
 };
 
 }  // namespace rivulet

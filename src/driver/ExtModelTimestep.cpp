@@ -1,9 +1,24 @@
 // The host's dates and the coupled timestep.
+#include <string>
+
 #include "driver/BoundaryDate.h"
 #include "driver/ErrorRecord.h"
 #include "driver/ExtModel.h"
 
 namespace rivulet {
+
+namespace {
+
+// The inner loop goes on while more than this remains (60.48 s); after it the remainder must lie within
+// the match tolerance (about 61.08 s).
+constexpr double kStepTolerance = 0.0007;
+constexpr double kMatchTolerance = 0.000707;
+
+void WriteCut(tErrorRecord* err, const std::string& text) {
+    WriteText(err, text.substr(0, 255));
+}
+
+}  // namespace
 
 std::int32_t CExtModel::Timestep(tTimestepData* step, tErrorRecord* err) {
     if (err == nullptr) return 1;
@@ -11,18 +26,108 @@ std::int32_t CExtModel::Timestep(tTimestepData* step, tErrorRecord* err) {
         WriteText(err, "Timestep() called with a null pstTimestep.");
         return 1;
     }
-    Guard lock(Lock);
-    if (!IsConnected()) {
-        WriteText(err, "Timestep() called when the simulation process is not running.");
-        return 1;
+    double remaining = 0.0;
+    {
+        Guard lock(Lock);
+        if (!IsConnected()) {
+            WriteText(err, "Timestep() called when the simulation process is not running.");
+            return 1;
+        }
+        if (!Reservoir) {
+            WriteText(err, "Timestep() was called before reservoir data was created.");
+            return 1;
+        }
+        if (CurrentDate < ReportDate) {
+            WriteText(err, "Current date should not be less than report date at the begining of Timestep()");
+            return 1;
+        }
+        if (Session->HasJobEnded()) {
+            WriteText(err, "Timestep() called when the simulation has already ended.");
+            return 1;
+        }
+        std::string error;
+        if (!ApplyWellTargets(error)) {
+            WriteCut(err, error);
+            return 1;
+        }
+        if (!Session->RequestReportDate(DateFromBoundary(&step->stTarget), error)) {
+            WriteText(err, error);
+            return 1;
+        }
+        ReportDate = Session->NextReportDate();
+        if (!ReportDate.IsValid()) return 1;
+        if (!ResetInjectorPhasesStep(error)) {
+            WriteCut(err, error);
+            return 1;
+        }
+        remaining = ReportDate.Days() - CurrentDate.Days();
     }
-    if (!Reservoir) {
-        WriteText(err, "Timestep() was called before reservoir data was created.");
-        return 1;
+    while (remaining > kStepTolerance) {
+        if (BetweenPasses) BetweenPasses();
+        Guard lock(Lock);
+        if (!IsConnected()) {
+            WriteText(err, "Process was stopped during a Timestep().");
+            return 1;
+        }
+        const OleDate before = CurrentDate;
+        if (!StepToNextStop(err)) return 1;
+        if (Session->HasJobEnded()) {
+            WriteText(err, "Simulator ended during a Timestep().");
+            return 1;
+        }
+        if (!(CurrentDate > before)) {
+            if (ReportDate.Days() - CurrentDate.Days() <= kStepTolerance) break;
+            WriteText(err, "Timestep() inner loop failed to increment the current time.");
+            return 1;
+        }
+        remaining = ReportDate.Days() - CurrentDate.Days();
+        if (remaining <= kStepTolerance) {
+            std::string error;
+            if (!Session->ReadCurrentData(Reservoir.get(), error)) {
+                WriteFormat(err, "Error when reading data from tNavigator: <%s>", error.c_str());
+                return 1;
+            }
+            UpdateFieldTotals();
+            if (!ResetInjectorPhasesStep(error)) {
+                WriteCut(err, error);
+                return 1;
+            }
+        }
     }
-    // Stepping needs a session that reaches a simulator; no session of this build is ever connected.
-    WriteText(err, "The simulator cannot be stepped by this build of the driver.");
+    if (remaining >= -kMatchTolerance && remaining <= kMatchTolerance) {
+        CurrentDate = ReportDate;
+        ++StepCount;
+        return 0;
+    }
+    WriteText(err, "Timestep() completed without matching the target report date.");
     return 1;
+}
+
+bool CExtModel::StepToNextStop(tErrorRecord* err) {
+    std::string error;
+    if (!Session->Continue(error)) {
+        WriteFormat(err, "Error when moving to the next time-step: <%s>", error.c_str());
+        return false;
+    }
+    if (RunInitialised && !IsRunActive()) {
+        WriteText(err, "The tNavigator Simulation has ended.");
+        return false;
+    }
+    if (!Session->ReadCurrentDate(&CurrentDate, error) || !CurrentDate.IsValid()) {
+        WriteFormat(err, "Error when reading current time from tNavigator: <%s>", error.c_str());
+        return false;
+    }
+    return true;
+}
+
+bool CExtModel::ApplyWellTargets(std::string& /*error*/) {
+    // The wells' targets reach the simulator with the well control; until the wells are read there are none.
+    return true;
+}
+
+bool CExtModel::ResetInjectorPhasesStep(std::string& /*error*/) {
+    // Injection phases are settled from the wells' rates once the wells are read; until then there are none.
+    return true;
 }
 
 std::int32_t CExtModel::GetStartDate(tDate* date, tErrorRecord* err) {
@@ -43,16 +148,21 @@ std::int32_t CExtModel::GetNextEvent(tDate* date, tErrorRecord* err) {
     }
     Guard lock(Lock);
     if (!Reservoir) return 1;
-    // Without a session the next event is the deck's end.
-    const OleDate next = EndDate;
+    OleDate next;
+    std::string error;
+    if (!Session || !Session->ReadNextEventDate(&next, error)) next = EndDate;
     if (!next.IsValid()) return 1;
     if (CurrentDate.IsValid() && (CurrentDate > next || CurrentDate == next)) return 1;
     return DateToBoundary(next, date) ? 0 : 1;
 }
 
-bool CExtModel::CheckEndDate(const tDate* target, tErrorRecord*) const {
-    // The deck's end date is the session's; with no session the check fails without a message.
-    (void)target;
+bool CExtModel::CheckEndDate(const tDate* target, tErrorRecord* err) const {
+    if (!Session) return false;
+    const OleDate wanted = DateFromBoundary(target);
+    const OleDate end = Session->EndDate();
+    if (!wanted.IsValid() || !end.IsValid() || !(wanted > end)) return true;
+    WriteFormat(err, "Conflux's target end date (%s) exceeds the end date set in the model's deck file (%s).",
+                wanted.FormatLocale().c_str(), end.FormatLocale().c_str());
     return false;
 }
 

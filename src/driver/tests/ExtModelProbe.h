@@ -54,6 +54,9 @@ struct ExtModelProbe {
         model.ProgressCallback = progress;
         model.StatusCallback = status;
     }
+    static void SetBetweenPasses(CExtModel& model, std::function<void()> hook) {
+        model.BetweenPasses = std::move(hook);
+    }
     static void SetFieldTotal(CExtModel& model, FieldTotal total, double value) {
         model.FieldTotals[total] = value;
     }
