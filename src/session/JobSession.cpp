@@ -3,12 +3,12 @@
 
 #include <atomic>
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <thread>
 
 #include "case/CaseSettings.h"
+#include "common/FormatText.h"
 #include "platform/NamedMutex.h"
 #include "session/ApiLog.h"
 
@@ -21,13 +21,6 @@ namespace {
 std::atomic<bool> s_creatingProcess{false};
 
 constexpr const char* kCreationMutexName = "Global\\QuillonConfluxTnavigatorProcessCreationMutex";
-
-std::string Format(const char* format, const char* text) {
-    const int size = std::snprintf(nullptr, 0, format, text);
-    std::string out(static_cast<std::size_t>(size > 0 ? size : 0), '\0');
-    std::snprintf(out.data(), out.size() + 1, format, text);
-    return out;
-}
 
 // The numbers after the leading letter, split at blanks, dots and dashes; -1 for each one missing.
 void ParseVersion(const std::string& version, int* numbers, int count) {
@@ -129,12 +122,12 @@ bool CJobSession::LaunchJob(std::string& error) {
     AddStartParams(params);
     tNavigator_API_RMA_error_t result = m_pManager->launch_job(params, &m_jobId, nullptr);
     if (result.id() != 0) {
-        error = Format("Failed to launch job: %s.", result.description());
+        error = FormatText("Failed to launch job: %s.", result.description());
         return false;
     }
     result = m_pManager->get_job_by_id(m_jobId, m_pJob);
     if (result.id() != 0) {
-        error = Format("Failed to identify job using job id: %s.", result.description());
+        error = FormatText("Failed to identify job using job id: %s.", result.description());
         // Whether the library would take a stop on the job it left null is its business; ours is not to
         // call through a null pointer.
         if (m_pJob != nullptr) m_pJob->stop(nullptr);
@@ -146,15 +139,17 @@ bool CJobSession::LaunchJob(std::string& error) {
     }
     result = m_pJob->wait_for_start();
     if (result.id() != 0)
-        return FailLaunch(error, Format("Error when waiting for job to start: %s.", result.description()));
+        return FailLaunch(error,
+                          FormatText("Error when waiting for job to start: %s.", result.description()));
     if (!WaitForJobOpened(error)) return FailLaunch(error, error);
     result = m_pJob->check_compatibility();
     if (result.id() != 0)
-        return FailLaunch(error, Format("Error when launching job: %s.", result.description()));
+        return FailLaunch(error, FormatText("Error when launching job: %s.", result.description()));
     tNavigator_API_RMA_string version;
     result = m_pJob->get_tnav_version(&version, nullptr);
     if (result.id() != 0) {
-        return FailLaunch(error, Format("Error when reading simulator version: %s.", result.description()));
+        return FailLaunch(error,
+                          FormatText("Error when reading simulator version: %s.", result.description()));
     }
     m_version = version.c_str();
     if (!CheckSimulatorVersion(error)) return FailLaunch(error, error);
@@ -183,13 +178,13 @@ bool CJobSession::WaitForJobOpened(std::string& error) {
     const std::string first = result.description();
     tNavigator_API_RMA_job_state_t state = TNAV_JOB_STATE_OPENING;
     if (m_pJob->state(&state, nullptr).id() != 0) {
-        error = Format("Error when waiting for job to complete opening: %s.", first.c_str());
+        error = FormatText("Error when waiting for job to complete opening: %s.", first.c_str());
         return false;
     }
     m_jobState = state;
     result = m_pJob->wait_for_state(TNAV_JOB_STATE_PAUSED);
     if (result.id() == 0) return true;
-    error = Format("Error when waiting for job to complete opening: %s.", result.description());
+    error = FormatText("Error when waiting for job to complete opening: %s.", result.description());
     return false;
 }
 
@@ -216,7 +211,7 @@ bool CJobSession::CheckSimulatorVersion(std::string& error) {
         return false;
     }
     const std::string badFormat =
-        Format("The simulator version number (%s) is not in the expected format.", m_version.c_str());
+        FormatText("The simulator version number (%s) is not in the expected format.", m_version.c_str());
     if (!HasVersionLetter(m_version)) {
         error = badFormat;
         return false;
@@ -228,10 +223,9 @@ bool CJobSession::CheckSimulatorVersion(std::string& error) {
         return false;
     }
     if (passes) return true;
-    char minimum[32];
-    std::snprintf(minimum, sizeof(minimum), "v%d.%d", 4, 2);
-    error = "The simulator version number (" + m_version + ") is is below the minimum supported (" + minimum +
-            ").";
+    const std::string minimum = FormatText("v%d.%d", 4, 2);
+    error = FormatText("The simulator version number (%s) is is below the minimum supported (%s).",
+                       m_version.c_str(), minimum.c_str());
     return false;
 }
 
@@ -239,7 +233,7 @@ bool CJobSession::StopSimulation(std::string& error) {
     if (!IsJobRunning()) return true;
     const tNavigator_API_RMA_error_t result = m_pJob->stop(nullptr);
     if (result.id() != 0) {
-        error = Format("Error when trying to stop simulation: %s.", result.description());
+        error = FormatText("Error when trying to stop simulation: %s.", result.description());
         return false;
     }
     return true;

@@ -1,33 +1,20 @@
 // The run's dates and report stepping: reading dates from the job, choosing the next report date and
 // running the job to it.
-#include <cstdio>
 #include <string>
 
+#include "common/FormatText.h"
 #include "session/ApiLog.h"
 #include "session/JobSession.h"
 #include "session/SimulatorDate.h"
 
 namespace rivulet {
 
-namespace {
-
-std::string WithDescription(const char* format, const char* description) {
-    char text[1024];
-    std::snprintf(text, sizeof(text), format, description);
-    return text;
-}
-
-}  // namespace
-
 bool CJobSession::ReadDate(tNavigator_API_RMA_job_t* job, int type, OleDate* out, std::string& error) {
     tNavigator_API_RMA_time_moment_t moment(0, static_cast<tNavigator_API_RMA_month_t>(13), 0);
     const tNavigator_API_RMA_error_t result = job->get_time_moment(
         static_cast<tNavigator_API_RMA_time_moment_request_type_t>(type), &moment, nullptr);
     if (result.id() != 0) {
-        char text[1024];
-        std::snprintf(text, sizeof(text), "Error when reading date: <%s>, type: <%d>", result.description(),
-                      type);
-        error = text;
+        error = FormatText("Error when reading date: <%s>, type: <%d>", result.description(), type);
         return false;
     }
     // A moment the simulator has not got is no failure: the date is null.
@@ -98,7 +85,7 @@ bool CJobSession::Continue(std::string& error) {
     tNavigator_API_RMA_job_state_t state = TNAV_JOB_STATE_OPENING;
     tNavigator_API_RMA_error_t result = m_pJob->state(&state, nullptr);
     if (result.id() != 0) {
-        error = WithDescription("Error when requesting current state: %s", result.description());
+        error = FormatText("Error when requesting current state: %s", result.description());
         return false;
     }
     m_jobState = state;
@@ -114,13 +101,13 @@ bool CJobSession::Continue(std::string& error) {
     const tNavigator_API_RMA_time_moment_t moment = MomentFromDate(m_nextReportDate);
     result = moment.is_valid();
     if (result.id() != 0) {
-        error = WithDescription("Error when converting internal format of next report date: %s",
-                                result.description());
+        error =
+            FormatText("Error when converting internal format of next report date: %s", result.description());
         return false;
     }
     result = m_pJob->run(moment, nullptr);
     if (result.id() != 0) {
-        error = WithDescription("Error when running to next report date: %s", result.description());
+        error = FormatText("Error when running to next report date: %s", result.description());
         return false;
     }
     m_pJob->wait_for_state(TNAV_JOB_STATE_PAUSED);  // ends at the report date or at the job's end

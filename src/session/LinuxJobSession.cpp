@@ -1,8 +1,7 @@
 #include "session/LinuxJobSession.h"
 
-#include <cstdio>
-
 #include "case/CaseSettings.h"
+#include "common/FormatText.h"
 #include "common/PasswordStore.h"
 #include "common/Trim.h"
 #include "session/FileUtils.h"
@@ -63,10 +62,8 @@ bool CLinuxJobSession::ConnectDispatcher(std::string& error) {
     if (result.id() != 0) {
         // The manager stays until the model deletes the session.
         m_connectedHost.clear();
-        char text[2048];
-        std::snprintf(text, sizeof(text), "Failed to connect to linux dispatcher.\nError code: %d\n%s",
-                      result.id(), result.description());
-        error = text;
+        error = FormatText("Failed to connect to linux dispatcher.\nError code: %d\n%s", result.id(),
+                           result.description());
         return false;
     }
     m_connectedHost = m_pCaseSettings->HeadNodeName;

@@ -1,11 +1,11 @@
 #include "session/WindowsJobSession.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <mutex>
 #include <stdexcept>
 
 #include "case/CaseSettings.h"
+#include "common/FormatText.h"
 #include "session/FileUtils.h"
 #include "session/ScenarioJobInfo.h"
 
@@ -26,13 +26,11 @@ bool PortInUse(int port) {
 }
 
 std::string PortMutexName(int port) {
-    char name[96];
-    std::snprintf(name, sizeof(name), "%s%d", kPortMutexPrefix, port);
-    return name;
+    return FormatText("%s%d", kPortMutexPrefix, port);
 }
 
 // The debug directory joined to a file name with this platform's separator.
-std::string InDirectory(const std::string& directory, const char* name) {
+std::string InDirectory(const std::string& directory, const std::string& name) {
     const char last = directory.back();
     std::string path;
     FileUtils::JoinPath(path, last == '/' || last == '\\' ? directory : directory + '/', name);
@@ -76,12 +74,9 @@ bool CWindowsJobSession::ConnectDispatcher(std::string& error) {
     std::string debugFile;
     const std::string& directory = m_config.DebugCommsDirectory;
     if (!directory.empty() && FileUtils::DirectoryIsWritable(directory)) {
-        char name[64];
-        std::snprintf(name, sizeof(name), "DebugTNav%d.txt", m_port);
-        debugFile = InDirectory(directory, name);
+        debugFile = InDirectory(directory, FormatText("DebugTNav%d.txt", m_port));
         if (directory.find("IncDetailedApiLog") != std::string::npos) {
-            std::snprintf(name, sizeof(name), "DebugTNav%d_DetailedApiLog.txt", m_port);
-            m_apiLogPath = InDirectory(directory, name);
+            m_apiLogPath = InDirectory(directory, FormatText("DebugTNav%d_DetailedApiLog.txt", m_port));
         }
     }
     try {
@@ -91,10 +86,8 @@ bool CWindowsJobSession::ConnectDispatcher(std::string& error) {
         const tNavigator_API_RMA_error_t result = m_pManager->create_local_dispatcher__force_ports(
             m_config.SimExecutable.c_str(), debugFile.empty() ? nullptr : debugFile.c_str(), m_port);
         if (result.id() != 0) {
-            char text[2048];
-            std::snprintf(text, sizeof(text), "Failed to start local dispatcher.\nError code: %d\n%s",
-                          result.id(), result.description());
-            error = text;
+            error = FormatText("Failed to start local dispatcher.\nError code: %d\n%s", result.id(),
+                               result.description());
             CloseSession();
             return false;
         }
@@ -114,12 +107,9 @@ bool CWindowsJobSession::SelectPort(std::string& error) {
     int lower = 0, upper = 0;
     m_config.GetPortRange(lower, upper);
     if (!AcquirePort(lower, upper)) {
-        char text[160];
-        std::snprintf(
-            text, sizeof(text),
+        error = FormatText(
             "Port in the range [%d, %d] was not available for the Simulator: No new process was created.",
             lower, upper);
-        error = text;
         return false;
     }
     return true;
@@ -172,9 +162,8 @@ void CWindowsJobSession::ReleasePort() {
 
 void CWindowsJobSession::AddStartParams(tNavigator_API_RMA_start_params_t& params) {
     if (m_pCaseSettings->ParallelCount < 0) return;
-    char text[32];
-    std::snprintf(text, sizeof(text), "--cpu-num=%d", m_pCaseSettings->ParallelCount);
-    const char* words[] = {text};
+    const std::string word = FormatText("--cpu-num=%d", m_pCaseSettings->ParallelCount);
+    const char* words[] = {word.c_str()};
     params.add_additional_params(words, 1);
 }
 
