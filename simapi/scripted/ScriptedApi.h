@@ -81,6 +81,17 @@ struct State {
     tNavigator_API_RMA_math_model_type_t mathModel = TNAV_MATH_MODEL_ISOTHERMAL_BLACK_OIL;
     tNavigator_API_RMA_unit_system_t units = TNAV_UNIT_SYSTEM_METRIC;
     std::vector<double> scDensities{1000.0, 800.0, 0.9};  // water, oil, gas per PVT region
+    // Compositional model; by default it has no regions and no components. The PVT region count stays that
+    // of scDensities.
+    bool miscible = false;
+    int eosRegionCount = 0;
+    std::vector<tNavigator_API_RMA_eos_type_t> eosTypes;  // one per EOS region; a missing one reads as PR
+    std::vector<std::string> hcNames;
+    std::vector<std::string> waterNames;
+    // By property: for each EOS region in turn, one value per hydrocarbon component; missing values read 0.
+    std::map<int, std::vector<double>> componentProperties;
+    std::vector<double> interactionCoefficients;  // hc by hc per EOS region; missing values read 0
+    std::vector<double> waterScDensities;         // one per PVT region; missing values read 0
     std::vector<Well> wells;
     int iprPoints = 0;
 };

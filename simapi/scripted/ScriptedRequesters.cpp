@@ -74,55 +74,107 @@ error_t ScriptedStaticRequester::black_oil__get_sc_densities(double* densities, 
     return error;
 }
 
-// The scripted model has no components: every compositional count is zero.
+// The compositional reads answer from the script's compositional model; every output array is filled to
+// the size that the counts the script gives call for.
 error_t ScriptedStaticRequester::compos__is_miscible_option_enabled(int* enabled, request*) {
     error_t error = Script().Enter("compos__is_miscible_option_enabled");
-    if (error.id() == 0 && enabled != nullptr) *enabled = 0;
+    if (error.id() == 0 && enabled != nullptr) *enabled = Script().state.miscible ? 1 : 0;
     return error;
 }
 
 error_t ScriptedStaticRequester::compos__get_number_of_eos_regions(int* count, request*) {
     error_t error = Script().Enter("compos__get_number_of_eos_regions");
-    if (error.id() == 0 && count != nullptr) *count = 0;
+    if (error.id() == 0 && count != nullptr) *count = Script().state.eosRegionCount;
     return error;
 }
 
-error_t ScriptedStaticRequester::isotherm_compos__get_eos_types(tNavigator_API_RMA_eos_type_t*, request*) {
-    return Script().Enter("isotherm_compos__get_eos_types");
+error_t ScriptedStaticRequester::isotherm_compos__get_eos_types(tNavigator_API_RMA_eos_type_t* types,
+                                                                request*) {
+    error_t error = Script().Enter("isotherm_compos__get_eos_types");
+    if (error.id() != 0 || types == nullptr) return error;
+    std::lock_guard lock(Script().mutex);
+    const State& state = Script().state;
+    for (int r = 0; r < state.eosRegionCount; ++r) {
+        types[r] = r < static_cast<int>(state.eosTypes.size()) ? state.eosTypes[static_cast<std::size_t>(r)]
+                                                               : TNAV_EOS_PR;
+    }
+    return error;
 }
 
 error_t ScriptedStaticRequester::compos__get_number_of_hydrocarbon_components(int* count, request*) {
     error_t error = Script().Enter("compos__get_number_of_hydrocarbon_components");
-    if (error.id() == 0 && count != nullptr) *count = 0;
+    if (error.id() == 0 && count != nullptr) *count = static_cast<int>(Script().state.hcNames.size());
     return error;
 }
 
 error_t ScriptedStaticRequester::compos__get_number_of_water_components(int* count, request*) {
     error_t error = Script().Enter("compos__get_number_of_water_components");
-    if (error.id() == 0 && count != nullptr) *count = 0;
+    if (error.id() == 0 && count != nullptr) *count = static_cast<int>(Script().state.waterNames.size());
     return error;
 }
 
-error_t ScriptedStaticRequester::compos__get_hc_component_names(tNavigator_API_RMA_string*, request*) {
-    return Script().Enter("compos__get_hc_component_names");
+error_t ScriptedStaticRequester::compos__get_hc_component_names(tNavigator_API_RMA_string* names, request*) {
+    error_t error = Script().Enter("compos__get_hc_component_names");
+    if (error.id() == 0 && names != nullptr) {
+        for (const std::string& name : Script().state.hcNames) *names++ = name.c_str();
+    }
+    return error;
 }
 
 error_t ScriptedStaticRequester::compos__get_component_properties(
-    const tNavigator_API_RMA_component_property_t* properties, int count, double*, request*) {
-    return Script().Enter("compos__get_component_properties", Join(properties, count));
+    const tNavigator_API_RMA_component_property_t* properties, int count, double* values, request*) {
+    error_t error = Script().Enter("compos__get_component_properties", Join(properties, count));
+    if (error.id() != 0 || values == nullptr || properties == nullptr) return error;
+    std::lock_guard lock(Script().mutex);
+    const State& state = Script().state;
+    const int hc = static_cast<int>(state.hcNames.size());
+    for (int r = 0; r < state.eosRegionCount; ++r) {
+        for (int p = 0; p < count; ++p) {
+            auto it = state.componentProperties.find(properties[p]);
+            for (int c = 0; c < hc; ++c) {
+                const auto at = static_cast<std::size_t>(r * hc + c);
+                const bool known = it != state.componentProperties.end() && at < it->second.size();
+                values[hc * count * r + hc * p + c] = known ? it->second[at] : 0.0;
+            }
+        }
+    }
+    return error;
 }
 
-error_t ScriptedStaticRequester::isotherm_compos__get_component_binary_interaction_coefficients(double*,
-                                                                                                request*) {
-    return Script().Enter("isotherm_compos__get_component_binary_interaction_coefficients");
+error_t ScriptedStaticRequester::isotherm_compos__get_component_binary_interaction_coefficients(
+    double* coefficients, request*) {
+    error_t error = Script().Enter("isotherm_compos__get_component_binary_interaction_coefficients");
+    if (error.id() != 0 || coefficients == nullptr) return error;
+    std::lock_guard lock(Script().mutex);
+    const State& state = Script().state;
+    const std::size_t hc = state.hcNames.size();
+    const std::size_t regions = state.eosRegionCount > 0 ? static_cast<std::size_t>(state.eosRegionCount) : 0;
+    const std::size_t size = hc * hc * regions;
+    for (std::size_t k = 0; k < size; ++k) {
+        coefficients[k] = k < state.interactionCoefficients.size() ? state.interactionCoefficients[k] : 0.0;
+    }
+    return error;
 }
 
-error_t ScriptedStaticRequester::compos__get_water_component_names(tNavigator_API_RMA_string*, request*) {
-    return Script().Enter("compos__get_water_component_names");
+error_t ScriptedStaticRequester::compos__get_water_component_names(tNavigator_API_RMA_string* names,
+                                                                   request*) {
+    error_t error = Script().Enter("compos__get_water_component_names");
+    if (error.id() == 0 && names != nullptr) {
+        for (const std::string& name : Script().state.waterNames) *names++ = name.c_str();
+    }
+    return error;
 }
 
-error_t ScriptedStaticRequester::compos__get_water_sc_densities(double*, request*) {
-    return Script().Enter("compos__get_water_sc_densities");
+error_t ScriptedStaticRequester::compos__get_water_sc_densities(double* densities, request*) {
+    error_t error = Script().Enter("compos__get_water_sc_densities");
+    if (error.id() != 0 || densities == nullptr) return error;
+    std::lock_guard lock(Script().mutex);
+    const State& state = Script().state;
+    const std::size_t regions = state.scDensities.size() / 3;
+    for (std::size_t k = 0; k < regions; ++k) {
+        densities[k] = k < state.waterScDensities.size() ? state.waterScDensities[k] : 0.0;
+    }
+    return error;
 }
 
 // --- Well reads ---

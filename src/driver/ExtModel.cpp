@@ -6,14 +6,26 @@
 
 #include "case/CaseDlg.h"
 #include "common/Trim.h"
+#include "driver/BoundaryDate.h"
 #include "driver/ErrorRecord.h"
 #include "driver/RivuletApp.h"
 #include "driver/SimCalcCallbacks.h"
 #include "inflowkit/InflowKit.h"
 #include "session/LinuxJobSession.h"
 #include "session/WindowsJobSession.h"
+#include "wells/WellConsistency.h"
+#include "wells/WellControl.h"
 
 namespace rivulet {
+
+namespace {
+
+bool SameNameIgnoringCase(const std::string& a, const std::string& b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](unsigned char x, unsigned char y) { return std::tolower(x) == std::tolower(y); });
+}
+
+}  // namespace
 
 CExtModel::CExtModel() {
     IprModel = CreateIPRModel(this);
@@ -94,9 +106,33 @@ void CExtModel::ReadModelDates() {
 }
 
 void CExtModel::UpdateFieldTotals() {
-    // The sums over the wells' rates and totals come with the wells' results; a model read without them
-    // totals nothing.
     FieldTotals.fill(0.0);
+    if (!Reservoir) return;
+    for (const WellData& well : Reservoir->wells) {
+        const WellRateRecord& r = well.IsInjector() ? well.injectionRecord : well.productionRecord;
+        if (well.IsInjector()) {
+            FieldTotals[kGasInjectionRate] += well.GasRate();
+            FieldTotals[kGasInjectionTotal] += std::max(r[WellRateRecord::kCumGas], 0.0);
+            FieldTotals[kWaterInjectionRate] += well.WaterRate();
+            FieldTotals[kWaterInjectionTotal] += std::max(r[WellRateRecord::kCumWater], 0.0);
+        } else if (well.IsProducer()) {
+            FieldTotals[kGasProductionRate] += well.GasRate();
+            FieldTotals[kGasProductionTotal] += std::max(r[WellRateRecord::kCumGas], 0.0);
+            FieldTotals[kOilProductionRate] += well.OilRate();
+            FieldTotals[kOilProductionTotal] += std::max(r[WellRateRecord::kCumOil], 0.0);
+            FieldTotals[kWaterProductionRate] += well.WaterRate();
+            FieldTotals[kWaterProductionTotal] += std::max(r[WellRateRecord::kCumWater], 0.0);
+        }
+    }
+    // Sums are kept in field units: gas in MMscf, liquids in STB.
+    const TNavUnitSystem& units = Reservoir->units;
+    for (FieldTotal gas : {kGasInjectionRate, kGasInjectionTotal, kGasProductionRate, kGasProductionTotal}) {
+        FieldTotals[gas] = units.toFieldGasRate(FieldTotals[gas]);
+    }
+    for (FieldTotal liquid : {kWaterInjectionRate, kWaterInjectionTotal, kOilProductionRate,
+                              kOilProductionTotal, kWaterProductionRate, kWaterProductionTotal}) {
+        FieldTotals[liquid] = units.toFieldLiquidRate(FieldTotals[liquid]);
+    }
 }
 
 void CExtModel::RegisterIprWells() {
@@ -116,23 +152,25 @@ std::int32_t CExtModel::Initialise(tInitData* init, tErrorRecord* err) {
     StartParam = init != nullptr ? init->dwStartParam : 0;
     ProgressCallback = init != nullptr ? init->pfnProgress : nullptr;
     StatusCallback = init != nullptr ? init->pfnStatus : nullptr;
-    const bool hasConnections = init != nullptr && init->piWellIndices != nullptr &&
-                                init->piWellKinds != nullptr && init->piVanePhases != nullptr;
 
     if (!IsConnected()) {
+        // What the model held before becomes the previous model, against which the new job is checked.
         LoadedFromSave = false;
+        const bool hadPrevious = Reservoir != nullptr;
+        WellList previousWells;
+        TNavUnitSystem previousUnits;
         std::string connectedWells;
-        if (Reservoir) {
+        if (hadPrevious) {
+            previousWells = Reservoir->wells;
+            for (WellData& well : previousWells)
+                well.fluid = nullptr;  // the old fluid goes with the old data
+            previousUnits = Reservoir->units;
             for (const WellData& well : Reservoir->wells) {
                 if (well.underVaneControl) connectedWells += well.name + "\n";
             }
         }
-        if (hasConnections) {
-            // Taking wells under the network's control needs the simulator's wells, which only a running
-            // session provides.
-            WriteText(err, "Wells cannot be connected before the simulator has been started.");
-            return 1;
-        }
+        if (const std::int32_t result = ConnectWells(Reservoir.get(), init, err); result != 0) return result;
+
         std::int32_t result = 1;
         try {
             result = StartRun(StartParam, connectedWells, err);
@@ -141,11 +179,90 @@ std::int32_t CExtModel::Initialise(tInitData* init, tErrorRecord* err) {
             return 1;
         }
         if (result != 0) return result;
+        if (hadPrevious && previousUnits.IsSet() &&
+            !SameNameIgnoringCase(Reservoir->units.name, previousUnits.name)) {
+            WriteText(err, "The unit system used in the model has changed.");
+            return 1;
+        }
+        if (hadPrevious) {
+            std::string error;
+            if (CheckConsistency(Reservoir->wells, previousWells, error) != 0) {
+                WriteText(err, error);
+                return 1;
+            }
+        }
     }
-    // Checking a restarted model, connecting the network's wells and the run to the host's start date
-    // need the simulator's wells, which this build does not read yet.
-    WriteText(err, "Initialise() cannot connect the wells of this build of the driver to the network.");
-    return 1;
+    if (init != nullptr && !CheckEndDate(&init->stEndDate, err)) return 1;
+    if (const std::int32_t result = ConnectWells(Reservoir.get(), init, err); result != 0) return result;
+    if (const std::int32_t result = RunToStartDate(init, err); result != 0) return result;
+    RunInitialised = true;
+    return 0;
+}
+
+std::int32_t CExtModel::ConnectWells(ReservoirData* reservoir, const tInitData* init, tErrorRecord* err) {
+    if (init == nullptr || init->piWellIndices == nullptr || init->piWellKinds == nullptr ||
+        init->piVanePhases == nullptr || reservoir == nullptr) {
+        return 0;
+    }
+    ClearControls(reservoir->wells);
+    WellRequester* requester = Session ? Session->Wells() : nullptr;
+    std::string error;
+    for (std::int32_t k = 0; k < init->iNumWells; ++k) {
+        if (!ConnectWellToVaneCtrl(reservoir->wells, requester, init->piWellIndices[k], init->piWellKinds[k],
+                                   init->piVanePhases[k], error)) {
+            WriteText(err, error);
+            return 1;
+        }
+    }
+    if (!ResetInjectorPhasesStep(error)) {
+        WriteText(err, error.substr(0, 255));
+        return 1;
+    }
+    return 0;
+}
+
+std::int32_t CExtModel::RunToStartDate(const tInitData* init, tErrorRecord* err) {
+    if (init == nullptr || err == nullptr || init->dwRunToStartDate == 0) return 0;
+    tDate start{};
+    if (const std::int32_t result = GetStartDate(&start, err); result != 0) return result;
+    const OleDate found = DateFromBoundary(&start);
+    const OleDate wanted = DateFromBoundary(&init->stStartDate);
+    if (found.Days() >= wanted.Days()) return 0;
+
+    static const char* const kRunning = "Running tNavigator simulation to Conflux start date";
+    if (ProgressCallback != nullptr) ProgressCallback(kRunning, this);
+    if (StatusCallback != nullptr) StatusCallback(kRunning, this);
+
+    const std::int32_t unconnectedState = Settings.UnconnectedState;
+    Settings.UnconnectedState = 0;
+    tTimestepData step{};
+    step.iSize = static_cast<std::int32_t>(sizeof step);
+    step.stStart = start;
+    step.stTarget = init->stStartDate;
+    step.dStepLength = wanted.Days() - found.Days();
+    const std::int32_t result = Timestep(&step, err);
+    Settings.UnconnectedState = unconnectedState;
+    if (result != 0) return result;
+
+    // The one read with the connected wells under the network fills their inflow tables.
+    const bool connections = init->piWellIndices != nullptr && init->piWellKinds != nullptr &&
+                             init->piVanePhases != nullptr && Reservoir;
+    auto markConnected = [&](bool on) {
+        if (!connections) return;
+        for (std::int32_t k = 0; k < init->iNumWells; ++k) {
+            if (WellData* well = Reservoir->wells.At(init->piWellIndices[k])) well->underVaneControl = on;
+        }
+    };
+    markConnected(true);
+    std::string error;
+    const bool read = Session && Session->ReadCurrentData(Reservoir.get(), error);
+    markConnected(false);
+    if (!read) {
+        WriteFormat(err, "Error when reading data from tNavigator: <%s>", error.c_str());
+        return 1;
+    }
+    StepCount = 0;
+    return 0;
 }
 
 std::int32_t CExtModel::Stop() {

@@ -145,6 +145,11 @@ class CExtModel : public CExtInterface {
     bool ApplyWellTargets(std::string& error);
     // Settles the injection phases of injectors and sends those that changed.
     bool ResetInjectorPhasesStep(std::string& error);
+    // Puts the wells that the host's record names under the network's kind of rate control; 0 on success.
+    std::int32_t ConnectWells(ReservoirData* reservoir, const tInitData* init, tErrorRecord* err);
+    // Runs the simulator to the host's start date when the record asks for it, then reads the wells with
+    // the connected ones under the network for that one read.
+    std::int32_t RunToStartDate(const tInitData* init, tErrorRecord* err);
     // Refuses a host end date beyond the deck's end; fails silently with no session.
     bool CheckEndDate(const tDate* target, tErrorRecord* err) const;
     void UpdateFieldTotals();

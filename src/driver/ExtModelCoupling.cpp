@@ -1,11 +1,13 @@
 // The operations that show the reservoir to Conflux as network nodes: enumeration, compositions, inflow
 // tables, connections, operating points and results. A well is named across the boundary by its index.
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <string>
 
 #include "driver/ErrorRecord.h"
 #include "driver/ExtModel.h"
+#include "wells/WellControl.h"
 
 namespace rivulet {
 
@@ -158,12 +160,28 @@ std::int32_t CExtModel::SetOpPt(_tGetSetData* data, tErrorRecord* err) {
         WriteText(err, "SetOpPt() was called before reservoir data was created.");
         return 1;
     }
-    if (Reservoir->wells.At(data->iWellIndex) == nullptr) {
+    WellData* well = Reservoir->wells.At(data->iWellIndex);
+    if (well == nullptr) {
         WriteFormat(err, "Request to SetOpPt() for a well index <%d> that does not exist.", data->iWellIndex);
         return 1;
     }
-    WriteText(err, "Operating points cannot be applied by this build of the driver.");
-    return 1;
+    NodeOperatingPoint point;
+    point.oilRate = data->adOilRate[0];
+    point.waterRate = data->adWaterRate[0];
+    point.gasRate = data->adGasRate[0];
+    point.maskFlag = data->bMaskFlag != 0;
+    point.maskKind = data->iMaskKind;
+    point.temperature = data->adTemperature[0];
+    point.downtime = data->dDowntime;
+    point.moleFractions = data->aadMoleFractions[0];  // row 0 holds the injected composition
+    point.componentCount = std::min(data->stComposition.iNumComponents, kMaxComponents);
+    const RateControlSettings control{Settings.RateControl, Settings.GlrThreshold};
+    std::string error;
+    if (!SetOpPtUnlocked(*well, point, control, Reservoir->units, Reservoir->fluid.IsBlackOil(), error)) {
+        WriteText(err, error);
+        return 1;
+    }
+    return 0;
 }
 
 std::int32_t CExtModel::DoGetExtraNodeResults(tExtraNodeResult* result, tErrorRecord* err) {

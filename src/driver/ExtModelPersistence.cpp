@@ -9,6 +9,8 @@
 #include <cstdio>
 #include <cstring>
 #include <map>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "common/BinaryArchive.h"
@@ -17,6 +19,7 @@
 #include "inflowkit/InflowKit.h"
 #include "platform/ShellOpener.h"
 #include "platform/UserInterface.h"
+#include "session/ReservoirData.h"
 
 namespace rivulet {
 
@@ -66,6 +69,27 @@ std::map<std::string, std::string> ParseOptions(std::string text) {
 std::string Lookup(const std::map<std::string, std::string>& options, const char* name) {
     const auto it = options.find(name);
     return it == options.end() ? std::string() : it->second;
+}
+
+// The reservoir sections of the archive file: the unit system's name, the fluid description and the well
+// list as an i32 count followed by each well. Loaded wells take the reservoir's fluid, and the unit system
+// is set up again from its name. A section cut short raises the archive's exception.
+void StreamReservoir(BinaryArchive& archive, ReservoirData& reservoir, std::int32_t version) {
+    std::string unitSystem = reservoir.units.name;
+    archive.Transfer(unitSystem);
+    if (!archive.IsStoring()) reservoir.units.SetUp(unitSystem);
+    reservoir.fluid.StreamData(&archive, version);
+    auto count = static_cast<std::int32_t>(reservoir.wells.Count());
+    archive.Transfer(count);
+    if (archive.IsStoring()) {
+        for (WellData& well : reservoir.wells) well.StreamData(&archive, version);
+        return;
+    }
+    for (std::int32_t i = 0; i < count; ++i) {
+        WellData well(&reservoir.fluid);
+        well.StreamData(&archive, version);
+        reservoir.wells.Add(std::move(well));
+    }
 }
 
 }  // namespace
@@ -149,9 +173,24 @@ std::int32_t CExtModel::LoadModelString(tLoadModelData* data, tErrorRecord* err)
 
 std::int32_t CExtModel::SaveToArchiveFile(void*, std::uint32_t, tErrorRecord*) {
     Guard lock(Lock);
-    // The fluid and well sections of the archive are written by the objects that hold them, which reach
-    // this build empty-handed; a file is not started that could not be finished.
-    return 1;
+    const int fd = ::open(ArchiveFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+    if (fd < 0) return 1;
+    std::int32_t result = 1;
+    try {
+        BinaryArchive archive(fd, ArchiveDirection::Store);
+        std::int32_t version = kModelVersion;
+        archive.Transfer(version);
+        // The inflow library writes its own block at the file's present position; its answer is not
+        // looked at.
+        SaveIPR(IprModel, reinterpret_cast<void*>(static_cast<std::intptr_t>(fd)));
+        if (!Reservoir) Reservoir = std::make_unique<ReservoirData>();
+        StreamReservoir(archive, *Reservoir, version);
+        result = 0;
+    } catch (...) {
+        result = 1;
+    }
+    ::close(fd);
+    return result;
 }
 
 std::int32_t CExtModel::LoadFromArchiveFile(void*, std::uint32_t, tErrorRecord*) {
@@ -164,10 +203,11 @@ std::int32_t CExtModel::LoadFromArchiveFile(void*, std::uint32_t, tErrorRecord*)
         BinaryArchive archive(fd, ArchiveDirection::Load);
         std::int32_t version = 0;
         archive.Transfer(version);
-        if (version < 6 && IprModel != nullptr &&
-            LoadIPR(IprModel, reinterpret_cast<void*>(static_cast<std::intptr_t>(fd))) == 0) {
-            // The unit system, fluid and well sections follow; their readers are not part of this build.
-            result = 1;
+        if (version < 6 && LoadIPR(IprModel, reinterpret_cast<void*>(static_cast<std::intptr_t>(fd))) == 0) {
+            if (!Reservoir) Reservoir = std::make_unique<ReservoirData>();
+            Reservoir->wells.Clear();
+            StreamReservoir(archive, *Reservoir, version);
+            result = 0;
         }
     } catch (...) {
         result = 1;

@@ -1,9 +1,11 @@
 // The host's dates and the coupled timestep.
 #include <string>
+#include <vector>
 
 #include "driver/BoundaryDate.h"
 #include "driver/ErrorRecord.h"
 #include "driver/ExtModel.h"
+#include "wells/WellControl.h"
 
 namespace rivulet {
 
@@ -125,9 +127,18 @@ bool CExtModel::ApplyWellTargets(std::string& /*error*/) {
     return true;
 }
 
-bool CExtModel::ResetInjectorPhasesStep(std::string& /*error*/) {
-    // Injection phases are settled from the wells' rates once the wells are read; until then there are none.
-    return true;
+bool CExtModel::ResetInjectorPhasesStep(std::string& error) {
+    if (!Reservoir) return true;
+    std::vector<int> changed = SettleInjectorPhases(Reservoir->wells);
+    // Without a job the phases go to the simulator with the next job's connections.
+    WellRequester* requester = Session ? Session->Wells() : nullptr;
+    if (changed.empty() || requester == nullptr) return true;
+    if (requester->ResetInjectorPhases(Reservoir->wells, changed.data(), static_cast<int>(changed.size()),
+                                       error)) {
+        return true;
+    }
+    error = error.substr(0, 255);
+    return false;
 }
 
 std::int32_t CExtModel::GetStartDate(tDate* date, tErrorRecord* err) {

@@ -15,6 +15,7 @@
 
 #include "platform/OleDate.h"
 #include "session/Requesters.h"
+#include "session/WellParamBatch.h"
 #include "tNavigator_API_RMA.h"
 
 namespace rivulet {
@@ -86,6 +87,8 @@ class CJobSession {
     const std::string& ApiLogPath() const { return m_apiLogPath; }
     // The log the requesters write to: null while it is off.
     std::ostream* ApiLog() { return m_apiLog.is_open() ? &m_apiLog : nullptr; }
+    // The job's well requester; null while no job is open.
+    WellRequester* Wells() { return m_pWellRequester.get(); }
 
     // Version texts: major and minor (and patch) after the leading letter; -1 for a missing number.
     static bool VersionAtLeastMinimum(const std::string& version, int& major, int& minor);
@@ -112,8 +115,11 @@ class CJobSession {
     std::int32_t m_jobState = 5;  // 5: not read yet
     std::string m_version;
     bool SupportsMaxRateDetails = false;
+    WellParamBatches m_batches;  // made by CreateReservoir for the job's fluid kind
 
   private:
+    // The refresh of the wells' state: statuses, phases, the two batches' results and component rates.
+    bool ReadWellState(ReservoirData& reservoir, std::string& error);
     bool WaitForJobOpened(std::string& error);
     // Ends a launch that failed after the job was identified.
     bool FailLaunch(std::string& error, std::string text);

@@ -1,30 +1,128 @@
-// The first read of the simulator's model and the refresh at each step.
-#include "case/CaseSettings.h"
+// The first read of the simulator's model and the refresh of its wells at each step.
+#include <sstream>
+
+#include "common/Trim.h"
 #include "session/ApiLog.h"
+#include "session/FluidReader.h"
 #include "session/JobSession.h"
 #include "session/ReservoirData.h"
 
 namespace rivulet {
 
+namespace {
+
+// Marks every well of each listed name as under the network's control. An empty name ends the list.
+void MarkConnectedWells(WellList& wells, const std::string& connectedWells) {
+    std::istringstream lines(connectedWells);
+    std::string line;
+    while (std::getline(lines, line)) {
+        const std::string name = Trimmed(line);
+        if (name.empty()) break;
+        for (WellData& well : wells) {
+            std::string ignored;
+            if (well.name == name) well.SetUnderVaneControl(ignored);
+        }
+    }
+}
+
+}  // namespace
+
 bool CJobSession::CreateReservoir(std::unique_ptr<ReservoirData>& reservoir,
-                                  const std::string& /*connectedWells*/, std::string& error) {
-    if (m_pJob == nullptr) {
+                                  const std::string& connectedWells, std::string& error) {
+    if (m_pJob == nullptr || !m_pStaticRequester || !m_pWellRequester) {
         error = "The simulator is not running.";
         return false;
     }
     apilog::Text(ApiLog(), "\n*** CreateReservoir ***\n");
     if (!ReadDate(m_pJob, TNAV_TIME_MOMENT_MODEL_START, &m_startDate, error)) return false;
     if (!ReadDate(m_pJob, TNAV_TIME_MOMENT_MODEL_END, &m_endDate, error)) return false;
-    // The fluid, the unit system and the wells are read into the new data by the model readers; a model
-    // without them is an empty reservoir.
+
+    // The caller owns the new data from here, so that a failure below leaves it half filled for the
+    // caller to destroy.
     reservoir = std::make_unique<ReservoirData>();
+    ReservoirData& data = *reservoir;
+    std::string mathModel;
+    if (!ReadMathModelName(*m_pStaticRequester, mathModel, error)) return false;
+    if (!ReadUnitSystem(*m_pStaticRequester, data.units, error)) return false;
+    const double lowPressure = data.units.fromFieldPressure(0.0);
+    const double highPressure = data.units.fromFieldPressure(14695900.0);
+    if (!GetFluid(*m_pStaticRequester, mathModel, &data.fluid, error)) return false;
+
+    WellRequester& requester = *m_pWellRequester;
+    if (!requester.ReadWellCount(data.wells, &data.fluid, error)) return false;
+    if (!requester.ReadWellNames(data.wells, error)) return false;
+    if (!requester.ReadFirstActiveStatuses(data.wells, error)) return false;
+    if (!requester.ReadEosRegions(data.fluid.IsBlackOil(), data.wells, error)) return false;
+    if (!requester.ReadPvtRegions(data.wells, error)) return false;
+    MarkConnectedWells(data.wells, connectedWells);
+
+    if (highPressure > 0.0) requester.defaultInjectorBhp = highPressure;
+    if (lowPressure > 0.0) requester.defaultProducerBhp = lowPressure;
+    requester.minGasRateCap = data.units.fromFieldGasRate(0.0001);
+    requester.minLiquidRateCap = data.units.fromFieldLiquidRate(10.0);
+    m_batches = WellParamBatches::ForFluidKind(data.fluid.modelType);
     return ReadCurrentData(reservoir.get(), error);
 }
 
 bool CJobSession::ReadCurrentData(ReservoirData* reservoir, std::string& error) {
     apilog::Text(ApiLog(), "\n*** ReadCurrentData ***\n");
     if (reservoir == nullptr) return false;
-    return ReadCurrentDate(nullptr, error);
+    if (!ReadCurrentDate(nullptr, error)) return false;
+    if (!m_pWellRequester) {
+        error = "The simulator is not running.";
+        return false;
+    }
+    if (!ReadWellState(*reservoir, error)) return false;
+    // From here the batches hold only the wells under the network's control.
+    PartitionWells(reservoir->wells, m_batches, true, true);
+    return true;
+}
+
+bool CJobSession::ReadWellState(ReservoirData& reservoir, std::string& error) {
+    WellRequester& requester = *m_pWellRequester;
+    WellList& wells = reservoir.wells;
+    if (!requester.ReadStatuses(wells, error)) return false;
+    if (!requester.ReadInjectorPhases(wells, error)) return false;
+    PartitionWells(wells, m_batches, false, false);
+    const bool thermal = reservoir.fluid.IsThermal();
+
+    std::vector<double> efficiencies;
+    if (WellParamBatch* batch = m_batches.injector.get()) {
+        if (!requester.ReadEfficiencies(batch->wells, efficiencies, error)) return false;
+        if (!requester.ReadParams(batch->wells, batch->params, batch->paramCount, batch->values.data(),
+                                  error)) {
+            return false;
+        }
+        for (int k = 0; k < batch->wellCount; ++k) {
+            WellRateRecord& record =
+                wells[static_cast<std::size_t>(batch->wells[static_cast<std::size_t>(k)])].injectionRecord;
+            record.Reset();
+            record[WellRateRecord::kEfficiency] = efficiencies[static_cast<std::size_t>(k)];
+            for (int j = 0; j <= WellRateRecord::kThp; ++j) record[j] = batch->Value(k, j);
+            if (thermal) record[WellRateRecord::kTemperature] = batch->Value(k, WellRateRecord::kTemperature);
+        }
+    }
+    if (WellParamBatch* batch = m_batches.producer.get()) {
+        if (!requester.ReadEfficiencies(batch->wells, efficiencies, error)) return false;
+        if (!requester.ReadParams(batch->wells, batch->params, batch->paramCount, batch->values.data(),
+                                  error)) {
+            return false;
+        }
+        // The densities follow the temperature in a thermal list and the pressures otherwise.
+        const int densities = thermal ? WellRateRecord::kTemperature + 1 : WellRateRecord::kTemperature;
+        for (int k = 0; k < batch->wellCount; ++k) {
+            WellRateRecord& record =
+                wells[static_cast<std::size_t>(batch->wells[static_cast<std::size_t>(k)])].productionRecord;
+            record.Reset();
+            record[WellRateRecord::kEfficiency] = efficiencies[static_cast<std::size_t>(k)];
+            for (int j = 0; j <= WellRateRecord::kThp; ++j) record[j] = batch->Value(k, j);
+            if (thermal) record[WellRateRecord::kTemperature] = batch->Value(k, WellRateRecord::kTemperature);
+            for (int j = 0; j < 3; ++j)
+                record[WellRateRecord::kWaterDensity + j] = batch->Value(k, densities + j);
+        }
+    }
+    return requester.ReadComponentParams(reservoir.fluid.WaterCount(), reservoir.fluid.HcCount(), wells,
+                                         error);
 }
 
 }  // namespace rivulet

@@ -1,9 +1,10 @@
-// The job's two data requesters as the session holds them: the library's pointer, owned by the job, and
+// The job's static data requester as the session holds it: the library's pointer, owned by the job, and
 // the detailed API log that every call through them writes to (null while the log is off).
 #pragma once
 
 #include <ostream>
 
+#include "session/WellRequester.h"
 #include "tNavigator_API_RMA.h"
 
 namespace rivulet {
@@ -14,15 +15,6 @@ class StaticRequester {
         : Requester(requester), Log(log) {}
 
     tNavigator_API_RMA_static_data_requester_t* Requester;
-    std::ostream* Log;
-};
-
-class WellRequester {
-  public:
-    WellRequester(tNavigator_API_RMA_well_data_requester_t* requester, std::ostream* log)
-        : Requester(requester), Log(log) {}
-
-    tNavigator_API_RMA_well_data_requester_t* Requester;
     std::ostream* Log;
 };
 

@@ -11,6 +11,7 @@
 #include <tuple>
 #include <vector>
 
+#include "ExtModelProbe.h"
 #include "case/CaseDlg.h"
 #include "driver/ExtModel.h"
 #include "inflowkit/InflowKit.h"
@@ -164,6 +165,59 @@ TEST_F(ModelWithFakes, ALoadedLocalCaseFindsItsDeckBesideTheMovedModel) {
     data->dwNoCaseSearch = 1;  // the host may turn the search off
     ASSERT_EQ(model.LoadModelString(data.get(), &err), 0);
     EXPECT_EQ(model.GetSettings().FileName, "/old/place/SPE1.DATA");
+}
+
+TEST_F(ModelWithFakes, ReopenedCaseTakesItsWellsFromTheArchiveFileNotTheModelString) {
+    CExtModel source;
+    ReservoirData& reservoir = ExtModelProbe::MakeReservoir(source);
+    reservoir.units.SetUp("FIELD");
+    for (const char* name : {"P1", "I1"}) {
+        WellData well(&reservoir.fluid);
+        well.name = name;
+        reservoir.wells.Add(well);
+    }
+    WellData& producer = *reservoir.wells.At(0);
+    producer.SetWellStatus(kStatusOpenProducer);
+    producer.productionRecord[WellRateRecord::kOil] = 250.0;
+    std::string dropped;
+    producer.SetUnderVaneControl(dropped);
+    reservoir.wells.At(1)->SetWellStatus(kStatusOpenInjector);
+
+    const std::string archive = (dir / "case.arc").string();
+    tErrorRecord err{};
+    ASSERT_EQ(source.SetArchiveFile(archive.c_str(), false, &err), 0);
+    ASSERT_EQ(source.SaveToArchiveFile(nullptr, 0, &err), 0);
+    auto data = std::make_unique<tLoadModelData>();
+    ASSERT_EQ(source.SaveModelString(data->acModelString, 4096, &err), 0);
+    data->iLength = 4096;
+
+    // The host hands back the model string first: a reset model with no wells.
+    ASSERT_EQ(model.LoadModelString(data.get(), &err), 0);
+    ASSERT_NE(model.GetReservoir(), nullptr);
+    EXPECT_TRUE(model.GetReservoir()->wells.IsEmpty());
+
+    ASSERT_EQ(model.SetArchiveFile(archive.c_str(), true, &err), 0);
+    const ReservoirData& loaded = *model.GetReservoir();
+    EXPECT_TRUE(loaded.units.IsField());
+    EXPECT_TRUE(loaded.units.IsSet());
+    ASSERT_EQ(loaded.wells.Count(), 2u);
+    const WellData& p1 = *loaded.wells.At(0);
+    EXPECT_EQ(p1.name, "P1");
+    EXPECT_TRUE(p1.IsProducer());
+    EXPECT_EQ(p1.OilRate(), 250.0);
+    EXPECT_TRUE(p1.underVaneControl);
+    EXPECT_EQ(p1.fluid, &loaded.fluid);
+    const WellData& i1 = *loaded.wells.At(1);
+    EXPECT_EQ(i1.name, "I1");
+    EXPECT_TRUE(i1.IsInjector());
+    EXPECT_FALSE(i1.underVaneControl);
+    EXPECT_EQ(i1.fluid, &loaded.fluid);
+
+    // A second load replaces the list; a file cut inside the well list is refused.
+    ASSERT_EQ(model.LoadFromArchiveFile(nullptr, 0, &err), 0);
+    EXPECT_EQ(model.GetReservoir()->wells.Count(), 2u);
+    fs::resize_file(archive, fs::file_size(archive) - 1);
+    EXPECT_EQ(model.LoadFromArchiveFile(nullptr, 0, &err), 1);
 }
 
 TEST(CExtModel, HandsTheInflowLibraryItselfAsContextAndAllSixCallbacks) {

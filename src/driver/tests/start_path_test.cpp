@@ -13,49 +13,13 @@
 #include "driver/ExtModel.h"
 #include "driver/RivuletApp.h"
 #include "driver/tests/ExtModelProbe.h"
+#include "driver/tests/ScriptedModelFixture.h"
 
 namespace rivulet {
 namespace {
 
 namespace fs = std::filesystem;
 using tnavscripted::Script;
-
-class StartPath : public ::testing::Test {
-  protected:
-    void SetUp() override {
-        dir_ = fs::temp_directory_path() / ("rivulet_start_" + std::to_string(::getpid()));
-        fs::create_directories(dir_ / "locks");
-        ::setenv("RIVULET_LOCK_DIR", (dir_ / "locks").c_str(), 1);
-        std::ofstream(dir_ / "CASE.DATA") << "RUNSPEC\n";
-        std::ofstream(dir_ / "tnav-standin") << "\n";
-        saved_ = TheApp().Config;
-        TheApp().Config.SimExecutable = (dir_ / "tnav-standin").string();
-        TheApp().Config.LowerPort = 15960;
-        TheApp().Config.UpperPort = 15961;
-        TheApp().Config.DebugCommsDirectory.clear();
-        Script().Reset();
-        model_.GetSettings().FileName = (dir_ / "CASE.DATA").string();
-        model_.GetSettings().IsLocalMachine = true;
-    }
-    void TearDown() override {
-        TheApp().Config = saved_;
-        fs::remove_all(dir_);
-    }
-    std::int32_t Start() {
-        err_ = tErrorRecord{};
-        return model_.StartSimulator(nullptr, &err_);
-    }
-    std::string Status() {
-        char text[256] = {};
-        model_.GetModMsg(text, sizeof text - 1, nullptr);
-        return text;
-    }
-
-    fs::path dir_;
-    MachineConfig saved_;
-    CExtModel model_;
-    tErrorRecord err_{};
-};
 
 TEST_F(StartPath, AStartedModelHasTheRunsDatesUntilStopped) {
     ASSERT_EQ(Start(), 0) << err_.szText;

@@ -1,0 +1,154 @@
+// Opening a well as an injector under the network, and sending injection phases again.
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "ScriptedApi.h"
+#include "ScriptedObjects.h"
+#include "session/WellRequester.h"
+#include "wells/WellList.h"
+
+namespace rivulet {
+namespace {
+
+using tnavscripted::Script;
+using Names = std::vector<std::string>;
+
+const Names kLimitCalls = {"disable_all_limits", "enable_injector_limits", "set_injector_targets"};
+
+Names Joined(Names head, const Names& tail) {
+    head.insert(head.end(), tail.begin(), tail.end());
+    return head;
+}
+
+class InjectorWrites : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        Script().Reset();
+        Script().state.wells.resize(3);
+        for (const char* name : {"A", "B", "C"}) {
+            WellData well;
+            well.name = name;
+            wells_.Add(well);
+        }
+    }
+    bool Open(int phase, int index) {
+        error_.clear();
+        return requester_.SetWellAsVaneInjector(phase, index, wells_[static_cast<std::size_t>(index)],
+                                                error_);
+    }
+
+    WellList wells_;
+    std::ostringstream log_;
+    tnavscripted::ScriptedWellRequester scripted_;
+    WellRequester requester_{&scripted_, &log_};
+    std::string error_;
+};
+
+TEST_F(InjectorWrites, AnUntypedWellIsOpenedGivenItsPhaseAndInitialLimits) {
+    requester_.defaultInjectorBhp = 250.0;
+    ASSERT_TRUE(Open(2, 1)) << error_;
+    EXPECT_EQ(Script().CallNames(),
+              Joined({"set_new_well_statuses", "set_injector_phases", "set_inj_phases_for_ipr_shut_wells"},
+                     kLimitCalls));
+    EXPECT_EQ(Script().LastArgs("set_new_well_statuses"), "1|2");
+    EXPECT_EQ(Script().LastArgs("set_inj_phases_for_ipr_shut_wells"), "1|2");
+    EXPECT_EQ(Script().LastArgs("enable_injector_limits"), "1|0,2|0,250");
+    EXPECT_EQ(Script().LastArgs("set_injector_targets"), "1|0");
+    EXPECT_EQ(wells_[1].wellType, kWellInjector);
+    EXPECT_EQ(wells_[1].status, kStatusOpenInjector);
+    EXPECT_EQ(wells_[1].injectionPhase, kPhaseGas);
+    EXPECT_EQ(
+        log_.str(),
+        "\nset_new_well_statuses(int*, int, well_status_t*)\nint[1]\n1, \nint=1\nwell_status_t[1]\n2, \n"
+        "\nset_injector_phases(int*, int, inj_phase_t*)\nint[1]\n1, \nint=1\ninj_phase_t[1]\n2, \n"
+        "\nset_inj_phases_for_ipr_shut_wells(int*, int, inj_phase_t*)\nint[1]\n1, \nint=1\n"
+        "inj_phase_t[1]\n2, \n"
+        "\ndisable_all_limits(int*, int)\nint[1]\n1, \nint=1\n"
+        "\nenable_injector_limits(int*, int, inj_limit_t*, int, double*)\nint[1]\n1, \nint=1\n"
+        "inj_limit_t[2]\n0, 2, \nint=2\ndouble[3]\n0, 250, 0, \n"
+        "\nset_injector_targets(int*, int, inj_limit_t*)\nint[1]\n1, \nint=1\ninj_limit_t[1]\n0, \n");
+
+    // Opened once, the well gets only its limits again.
+    Script().ClearCalls();
+    ASSERT_TRUE(Open(2, 1));
+    EXPECT_EQ(Script().CallNames(), kLimitCalls);
+}
+
+TEST_F(InjectorWrites, AProducerIsOpenedAsInjectorButGetsNoInjectorLimits) {
+    wells_[0].wellType = kWellProducer;
+    ASSERT_TRUE(Open(0, 0)) << error_;
+    EXPECT_EQ(Script().CallNames(),
+              (Names{"set_new_well_statuses", "set_injector_phases", "set_inj_phases_for_ipr_shut_wells"}));
+    EXPECT_EQ(wells_[0].wellType, kWellProducer);
+
+    EXPECT_FALSE(Open(3, 0));
+    EXPECT_EQ(error_, "An invalid phase was passed to setWellAsVaneInjector()");
+}
+
+TEST_F(InjectorWrites, EachFailedCallIsReportedAndLogged) {
+    const struct {
+        const char* call;
+        const char* text;
+        Names calls;
+    } cases[] = {
+        {"set_new_well_statuses",
+         "Error when setting status of well index <2> to <2>: refused",
+         {"set_new_well_statuses"}},
+        {"set_injector_phases",
+         "Error when setting phase of well index <2> to <1>: refused",
+         {"set_new_well_statuses", "set_injector_phases", "set_inj_phases_for_ipr_shut_wells"}},
+        {"set_inj_phases_for_ipr_shut_wells",
+         "Error when setting shut-phase of well index <2> to <1>: refused",
+         {"set_new_well_statuses", "set_injector_phases", "set_inj_phases_for_ipr_shut_wells"}},
+        {"disable_all_limits", "Error when disabling all limits on well index <2>: refused",
+         Joined({"set_new_well_statuses", "set_injector_phases", "set_inj_phases_for_ipr_shut_wells"},
+                {"disable_all_limits"})},
+        {"enable_injector_limits", "Error when enabling initial VANE limits on well index <2>: refused",
+         Joined({"set_new_well_statuses", "set_injector_phases", "set_inj_phases_for_ipr_shut_wells"},
+                {"disable_all_limits", "enable_injector_limits"})},
+        {"set_injector_targets", "Error when setting VANE target on well index <2>: refused",
+         Joined({"set_new_well_statuses", "set_injector_phases", "set_inj_phases_for_ipr_shut_wells"},
+                kLimitCalls)},
+    };
+    for (const auto& c : cases) {
+        wells_.Clear();
+        log_.str("");
+        SetUp();
+        Script().Fail(c.call, 4, "refused");
+        EXPECT_FALSE(Open(1, 2)) << c.call;
+        EXPECT_EQ(error_, c.text);
+        EXPECT_EQ(Script().CallNames(), c.calls) << c.call;
+        EXPECT_NE(log_.str().find("\n" + error_ + "\n"), std::string::npos) << c.call;
+    }
+}
+
+TEST_F(InjectorWrites, PhasesAreResentForTheListedWellsInOrder) {
+    EXPECT_TRUE(requester_.ResetInjectorPhases(wells_, nullptr, 0, error_));
+    EXPECT_FALSE(requester_.ResetInjectorPhases(wells_, nullptr, 1, error_));
+    EXPECT_EQ(error_, "An null well index array was sent to ResetInjectorPhases().");
+
+    for (WellData& well : wells_) {
+        well.wellType = kWellInjector;
+        well.status = kStatusShut;
+    }
+    wells_[0].injectionPhase = kPhaseGas;
+    wells_[2].injectionPhase = kPhaseNone;  // sent as water
+    const int indices[] = {2, 0, 5, 1};
+    EXPECT_FALSE(requester_.ResetInjectorPhases(wells_, indices, 4, error_));
+    EXPECT_EQ(error_, "A invalid well index was given to ResetInjectorPhases().");
+    EXPECT_EQ(Script().Count("set_new_well_statuses"), 2);
+    EXPECT_EQ(Script().Calls()[1].args, "2|0");  // the phase of the first well
+    EXPECT_EQ(wells_[2].injectionPhase, kPhaseWater);
+    EXPECT_EQ(wells_[0].injectionPhase, kPhaseGas);
+    EXPECT_EQ(wells_[1].status, kStatusShut);
+
+    Script().Fail("set_new_well_statuses", 4, "refused");
+    EXPECT_FALSE(requester_.ResetInjectorPhases(wells_, indices + 3, 1, error_));
+    EXPECT_EQ(error_, "Error when setting status of well index <1> to <2>: refused");
+}
+
+}  // namespace
+}  // namespace rivulet

@@ -1,0 +1,145 @@
+// A coupled run of SPE9 on the stand-in simulator through the exports, as Conflux drives one: start,
+// enumerate the wells, initialise with some of them connected, then a timestep per report date of the deck
+// up to its end, checking the field totals against the stand-in's own run of the same deck.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "StandinFixture.h"
+
+namespace rivulet::it {
+namespace {
+
+const std::string kSpe9 = std::string(RIVULET_DECKS_DIR) + "/spe9/SPE9_CP.DATA";
+
+// One report row of the stand-in's own run, by column name.
+using Row = std::map<std::string, double>;
+
+std::vector<Row> ReadCsv(const std::string& path) {
+    std::ifstream in(path);
+    std::string line;
+    std::vector<std::string> names;
+    std::vector<Row> rows;
+    while (std::getline(in, line)) {
+        std::istringstream cells(line);
+        std::string cell;
+        std::vector<std::string> values;
+        while (std::getline(cells, cell, ',')) values.push_back(cell);
+        if (names.empty()) {
+            names = values;
+            continue;
+        }
+        Row row;
+        for (std::size_t k = 1; k < values.size() && k < names.size(); ++k)
+            row[names[k]] = std::stod(values[k]);
+        rows.push_back(row);
+    }
+    return rows;
+}
+
+class CoupledRun : public StandinTest {
+  protected:
+    // The well's name and its type as Query gives it (1 producer, 2 injector).
+    std::vector<std::pair<std::string, std::int32_t>> QueryWells() {
+        std::vector<std::pair<std::string, std::int32_t>> wells;
+        host::Buffer query(128);
+        query.Put<std::int32_t>(28, -1);
+        for (std::uint32_t relation = 2; Cmd(2, query.Address(), relation) == 0; relation = 1) {
+            wells.emplace_back(query.Text(32, 64), query.Get<std::int32_t>(4));
+        }
+        return wells;
+    }
+    double Field(const std::string& name) { return std::stod(Get("TNAVIGATOR.Field." + name)); }
+    std::int32_t StepTo(double serial) {
+        host::Buffer step(152);
+        step.Put<std::int32_t>(0, 152);
+        step.Put<std::uint8_t>(48 + 4, 1);
+        step.Put<double>(48 + 8, serial);
+        return Cmd(49, step.Address());
+    }
+};
+
+// Within the six significant digits of an access string's value.
+void ExpectClose(double actual, double expected, const std::string& what) {
+    EXPECT_NEAR(actual, expected, 1e-5 * std::max(1.0, std::fabs(expected))) << what;
+}
+
+TEST_F(CoupledRun, Spe9StepsToTheDecksEndWithFieldTotalsOfItsWells) {
+    const std::string csv = (scratch_.root / "spe9.csv").string();
+    const std::string command =
+        std::string(TNAV_STANDIN_EXE) + " --run '" + kSpe9 + "' --csv '" + csv + "' > /dev/null";
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    const std::vector<Row> reference = ReadCsv(csv);
+    ASSERT_GT(reference.size(), 2u);
+
+    const std::filesystem::path debug = scratch_.root / "IncDetailedApiLog";
+    std::filesystem::create_directories(debug);
+    Configure(debug.string());
+    LocalCase(kSpe9);
+    ASSERT_EQ(Cmd(23), 0) << Message(err_);
+
+    const auto wells = QueryWells();
+    ASSERT_EQ(wells.size(), 26u);
+    std::vector<std::int32_t> producers;
+    for (std::size_t k = 0; k < wells.size(); ++k) {
+        const bool injector = wells[k].first == "INJE1";
+        EXPECT_EQ(wells[k].second, injector ? 2 : 1) << wells[k].first;
+        if (!injector && producers.size() < 3) producers.push_back(static_cast<std::int32_t>(k));
+    }
+
+    // Three producers under the network, under liquid, gas and default control.
+    std::vector<std::int32_t> kinds(3, 1), phases{2, 4, 0};
+    host::Buffer init(176);
+    init.Put<std::uint64_t>(8, Arg(producers.data()));
+    init.Put<std::uint64_t>(16, Arg(kinds.data()));
+    init.Put<std::uint64_t>(24, Arg(phases.data()));
+    init.Put<std::int32_t>(128, 3);
+    ASSERT_EQ(Cmd(48, init.Address()), 0) << Message(err_);
+
+    host::Buffer start(32);
+    ASSERT_EQ(Cmd(11, start.Address()), 0) << Message(err_);
+    const double first = start.Get<double>(8);
+    for (std::size_t k = 1; k + 1 < reference.size(); ++k) {
+        const Row& row = reference[k];
+        ASSERT_EQ(StepTo(first + row.at("DAYS")), 0) << "day " << row.at("DAYS") << ": " << Message(err_);
+        const std::string when = "day " + std::to_string(row.at("DAYS"));
+        ExpectClose(Field("OilProductionRate"), row.at("FOPR"), when + " oil rate");
+        ExpectClose(Field("WaterProductionRate"), row.at("FWPR"), when + " water rate");
+        ExpectClose(Field("GasProductionRate"), row.at("FGPR") / 1000.0, when + " gas rate");
+        ExpectClose(Field("WaterInjectionRate"), row.at("FWIR"), when + " water injection");
+        ExpectClose(Field("OilProductionTotal"), row.at("FOPT"), when + " oil total");
+        double oil = 0.0;
+        for (const auto& [name, type] : wells) {
+            if (type == 1) oil += row.at(name + ":ORAT");
+        }
+        ExpectClose(Field("OilProductionRate"), oil, when + " sum of the wells' oil rates");
+    }
+    // The job is never asked to run on to the deck's end date, so a step there cannot arrive.
+    EXPECT_EQ(StepTo(first + reference.back().at("DAYS")), 1);
+    EXPECT_EQ(Message(err_), "Timestep() inner loop failed to increment the current time.");
+
+    std::ifstream in(debug / ("DebugTNav" + std::to_string(lower_) + "_DetailedApiLog.txt"));
+    const std::string log((std::istreambuf_iterator<char>(in)), {});
+    for (const char* form :
+         {"\n*** CreateReservoir ***\n", "\nget_math_model_type(math_model_type*)\n",
+          "\ncompos__get_water_sc_densities(unit_system_t*)\n",
+          "\n*** For info: mapping of well indices to well names ***\n0    INJE1\n1    PRODU2\n",
+          "\nget_well_statuses(int*, int, well_status_t*)\nint=26\nwell_status_t[26]\n"
+          "\n*** For info: results from get_well_statuses ***\nwell_status_t[26]\n2, 1, 1, ",
+          "\nget_well_params(int*, int, well_parameter_t*, int, double*)\nint[1]\n0, "
+          "\nint=1\nwell_parameter_t[10]\n"
+          "4, 5, 6, 7, 12, 13, 14, 15, 16, 17, \nint=10\ndouble[10]\n",
+          "\n*** ReadCurrentData ***\n", "\n*** Continue: current date = "}) {
+        EXPECT_NE(log.find(form), std::string::npos) << form;
+    }
+}
+
+}  // namespace
+}  // namespace rivulet::it
