@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <numeric>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "ScriptedApi.h"
@@ -29,16 +29,12 @@ class FluidReaderTest : public ::testing::Test {
         sim.hcNames = {"C1", "CO2", "C7"};
         sim.waterNames = {"H2O"};
         sim.componentProperties[TNAV_COMPONENT_CRITICAL_PRESSURE] = {45, 73, 30, 46, 74, 31};
-        sim.componentProperties[TNAV_COMPONENT_PARACHOR] = {77, 78, 350, 0, 0, 0};
-        sim.interactionCoefficients.resize(18);
-        std::iota(sim.interactionCoefficients.begin(), sim.interactionCoefficients.end(), 0.0);
+        sim.interactionCoefficients = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17};
         sim.waterScDensities = {1020, 1030};
     }
-
     bool Read(const std::string& mathModel) {
         Script().ClearCalls();
         log_.str("");
-        error_.clear();
         return GetFluid(requester_, mathModel, &fluid_, error_);
     }
 
@@ -59,19 +55,15 @@ TEST_F(FluidReaderTest, CompositionalModelReadsEveryPartButTheEosTypes) {
                      "isotherm_compos__get_component_binary_interaction_coefficients",
                      "compos__get_water_component_names", "compos__get_water_sc_densities"}));
     EXPECT_EQ(Script().LastArgs("compos__get_component_properties"), "0,1,2,3,4,5,6,7,8");
-    EXPECT_EQ(fluid_.modelType, 3);
     EXPECT_EQ(fluid_.eosNames, (Names{"PR", "PR"}));
     EXPECT_EQ(fluid_.hcNames, (Names{"C1", "CO2", "C7"}));
     EXPECT_EQ(fluid_.waterNames, Names{"H2O"});
     EXPECT_EQ(fluid_.PropertyArray(2, kCriticalPressure)[2], 31.0);
     EXPECT_EQ(fluid_.InteractionCoefficients(2)[1], 10.0);
     EXPECT_EQ(fluid_.WaterDensity(2), 1030.0);
-    EXPECT_TRUE(fluid_.blackOilDensities.empty());
-    EXPECT_NE(log_.str().find("\ncompos__get_component_properties(component_property_t*, int, double*)\n"
-                              "component_property_t*\nint = 9\ndouble*\n\n"
-                              "isotherm_compos__get_component_binary_interaction_coefficients(double*)\n"),
-              std::string::npos)
-        << log_.str();
+    // The properties' call logs its arguments by hand.
+    EXPECT_NE(log_.str().find("double*)\ncomponent_property_t*\nint = 9\ndouble*\n\nisotherm_"),
+              std::string::npos);
 }
 
 TEST_F(FluidReaderTest, ThermalMiscibleModelReadsEosTypesButNamesNoEquation) {
@@ -82,74 +74,60 @@ TEST_F(FluidReaderTest, ThermalMiscibleModelReadsEosTypesButNamesNoEquation) {
     EXPECT_EQ(Script().LastArgs("compos__get_component_properties"), "0,1,2,9");
     EXPECT_EQ(fluid_.modelType, 6);
     EXPECT_EQ(fluid_.eosNames, (Names{"", ""}));
-    EXPECT_EQ(fluid_.PropertyArray(1, kParachor)[2], 350.0);
-    EXPECT_EQ(fluid_.interactionCoefficients, std::vector<double>(18, 0.0));
 }
 
 TEST_F(FluidReaderTest, BlackOilModelReadsRegionsAndDensitiesOnly) {
     ASSERT_TRUE(Read("ThermalBlackOil")) << error_;
-    EXPECT_EQ(Script().CallNames(), (Names{"get_number_of_pvt_regions", "black_oil__get_sc_densities"}));
     EXPECT_EQ(log_.str(), "\nget_number_of_pvt_regions(int*)\n\nblack_oil__get_sc_densities(double*)\n");
     EXPECT_EQ(fluid_.modelType, 2);
     EXPECT_EQ(fluid_.GasDensity(2), 0.8);
-    EXPECT_EQ(fluid_.HcCount(), 0);
+}
+
+TEST_F(FluidReaderTest, EachFailureStopsTheReadWithItsMessage) {
+    const char *comp = "Compositional", *thermal = "ThermalCompositional", *blackOil = "IsothermalBlackOil";
+    const std::tuple<const char*, const char*, const char*> cases[] = {
+        {"compos__is_miscible_option_enabled", comp, "Error when reading the miscible option"},
+        {"get_number_of_pvt_regions", blackOil, "Error when reading the number of PVT regions"},
+        {"black_oil__get_sc_densities", blackOil, "Error when reading black oil densities"},
+        {"compos__get_number_of_eos_regions", comp, "Error when reading the number of EOS regions"},
+        {"isotherm_compos__get_eos_types", thermal, "Error when reading EOS types"},
+        {"compos__get_number_of_hydrocarbon_components", comp,
+         "Error when reading the number of hydrocarbon components"},
+        {"compos__get_number_of_water_components", comp, "Error when reading the number of water components"},
+        {"compos__get_hc_component_names", comp, "Error when reading hydrocarbon names"},
+        {"compos__get_component_properties", thermal, "Error when reading hydrocarbon properties"},
+        {"isotherm_compos__get_component_binary_interaction_coefficients", comp,
+         "Error when reading hydrocarbon binary interaction coefficients"},
+        {"compos__get_water_component_names", comp, "Error when reading water names"},
+        {"compos__get_water_sc_densities", comp, "Error when reading water densities"},
+    };
+    for (const auto& [call, model, text] : cases) {
+        Script().Fail(call, 4, "lost");
+        EXPECT_FALSE(Read(model)) << call;
+        const std::string message = std::string(text) + ": <lost>";
+        EXPECT_EQ(error_, message);
+        EXPECT_TRUE(log_.str().ends_with("\n" + message + "\n")) << log_.str();
+    }
 
     // A model without PVT regions has no array to fill.
     Script().state.scDensities.clear();
     EXPECT_FALSE(Read("IsothermalBlackOil"));
     EXPECT_EQ(error_, "GetBlackOilDensities() was passed a null output array");
     EXPECT_EQ(Script().Count("black_oil__get_sc_densities"), 0);
-
     EXPECT_FALSE(GetFluid(requester_, "IsothermalBlackOil", nullptr, error_));
     EXPECT_EQ(error_, "A null FluidProperties object was passed to GetFluid()");
-}
-
-TEST_F(FluidReaderTest, EachFailedCallStopsTheReadWithItsMessage) {
-    const struct {
-        const char* call;
-        const char* model;
-        const char* message;
-    } cases[] = {
-        {"compos__is_miscible_option_enabled", "Compositional", "Error when reading the miscible option"},
-        {"get_number_of_pvt_regions", "ThermalBlackOil", "Error when reading the number of PVT regions"},
-        {"black_oil__get_sc_densities", "IsothermalBlackOil", "Error when reading black oil densities"},
-        {"compos__get_number_of_eos_regions", "Compositional",
-         "Error when reading the number of EOS regions"},
-        {"isotherm_compos__get_eos_types", "ThermalCompositional", "Error when reading EOS types"},
-        {"compos__get_number_of_hydrocarbon_components", "Compositional",
-         "Error when reading the number of hydrocarbon components"},
-        {"compos__get_number_of_water_components", "Compositional",
-         "Error when reading the number of water components"},
-        {"compos__get_hc_component_names", "Compositional", "Error when reading hydrocarbon names"},
-        {"compos__get_component_properties", "ThermalCompositional",
-         "Error when reading hydrocarbon properties"},
-        {"isotherm_compos__get_component_binary_interaction_coefficients", "Compositional",
-         "Error when reading hydrocarbon binary interaction coefficients"},
-        {"compos__get_water_component_names", "Compositional", "Error when reading water names"},
-        {"compos__get_water_sc_densities", "Compositional", "Error when reading water densities"},
-    };
-    for (const auto& c : cases) {
-        Script().Fail(c.call, 4, "lost");
-        EXPECT_FALSE(Read(c.model)) << c.call;
-        const std::string message = std::string(c.message) + ": <lost>";
-        EXPECT_EQ(error_, message);
-        EXPECT_EQ(Script().CallNames().back(), c.call);
-        const std::string log = log_.str();
-        EXPECT_EQ(log.substr(log.size() - message.size() - 2), "\n" + message + "\n") << c.call;
-    }
 }
 
 TEST_F(FluidReaderTest, MathModelAndUnitSystem) {
     const char* const names[] = {"IsothermalBlackOil", "ThermalBlackOil", "Compositional",
                                  "ThermalCompositional", ""};
+    std::string name;
     for (int value = 0; value < 5; ++value) {
         Script().state.mathModel = static_cast<tNavigator_API_RMA_math_model_type_t>(value);
-        std::string name = "x";
         EXPECT_TRUE(ReadMathModelName(requester_, name, error_));
         EXPECT_EQ(name, names[value]);
     }
     Script().Fail("get_math_model_type", 2, "gone");
-    std::string name;
     EXPECT_FALSE(ReadMathModelName(requester_, name, error_));
     EXPECT_EQ(error_, "Error when reading mathematical model: <gone>");
 
@@ -159,7 +137,6 @@ TEST_F(FluidReaderTest, MathModelAndUnitSystem) {
     ASSERT_TRUE(ReadUnitSystem(requester_, units, error_));
     EXPECT_EQ(units.name, "FIELD");
     EXPECT_EQ(log_.str(), "\ncompos__get_water_sc_densities(unit_system_t*)\n");
-
     Script().state.units = static_cast<tNavigator_API_RMA_unit_system_t>(4);
     EXPECT_FALSE(ReadUnitSystem(requester_, units, error_));
     EXPECT_EQ(error_, "Invalid unit system");
