@@ -86,41 +86,32 @@ bool CJobSession::ReadWellState(ReservoirData& reservoir, std::string& error) {
     PartitionWells(wells, m_batches, false, false);
     const bool thermal = reservoir.fluid.IsThermal();
 
-    std::vector<double> efficiencies;
-    if (WellParamBatch* batch = m_batches.injector.get()) {
+    // One side of each well of a batch: efficiencies, then the list's values into the record. Producer
+    // lists end with the three densities, after the temperature in a thermal list.
+    auto readBatch = [&](WellParamBatch* batch, WellRateRecord WellData::*side, bool densities) {
+        if (batch == nullptr) return true;
+        std::vector<double> efficiencies;
         if (!requester.ReadEfficiencies(batch->wells, efficiencies, error)) return false;
         if (!requester.ReadParams(batch->wells, batch->params, batch->paramCount, batch->values.data(),
                                   error)) {
             return false;
         }
+        const int firstDensity = thermal ? WellRateRecord::kTemperature + 1 : WellRateRecord::kTemperature;
         for (int k = 0; k < batch->wellCount; ++k) {
             WellRateRecord& record =
-                wells[static_cast<std::size_t>(batch->wells[static_cast<std::size_t>(k)])].injectionRecord;
+                wells[static_cast<std::size_t>(batch->wells[static_cast<std::size_t>(k)])].*side;
             record.Reset();
             record[WellRateRecord::kEfficiency] = efficiencies[static_cast<std::size_t>(k)];
             for (int j = 0; j <= WellRateRecord::kThp; ++j) record[j] = batch->Value(k, j);
             if (thermal) record[WellRateRecord::kTemperature] = batch->Value(k, WellRateRecord::kTemperature);
+            for (int j = 0; densities && j < 3; ++j) {
+                record[WellRateRecord::kWaterDensity + j] = batch->Value(k, firstDensity + j);
+            }
         }
-    }
-    if (WellParamBatch* batch = m_batches.producer.get()) {
-        if (!requester.ReadEfficiencies(batch->wells, efficiencies, error)) return false;
-        if (!requester.ReadParams(batch->wells, batch->params, batch->paramCount, batch->values.data(),
-                                  error)) {
-            return false;
-        }
-        // The densities follow the temperature in a thermal list and the pressures otherwise.
-        const int densities = thermal ? WellRateRecord::kTemperature + 1 : WellRateRecord::kTemperature;
-        for (int k = 0; k < batch->wellCount; ++k) {
-            WellRateRecord& record =
-                wells[static_cast<std::size_t>(batch->wells[static_cast<std::size_t>(k)])].productionRecord;
-            record.Reset();
-            record[WellRateRecord::kEfficiency] = efficiencies[static_cast<std::size_t>(k)];
-            for (int j = 0; j <= WellRateRecord::kThp; ++j) record[j] = batch->Value(k, j);
-            if (thermal) record[WellRateRecord::kTemperature] = batch->Value(k, WellRateRecord::kTemperature);
-            for (int j = 0; j < 3; ++j)
-                record[WellRateRecord::kWaterDensity + j] = batch->Value(k, densities + j);
-        }
-    }
+        return true;
+    };
+    if (!readBatch(m_batches.injector.get(), &WellData::injectionRecord, false)) return false;
+    if (!readBatch(m_batches.producer.get(), &WellData::productionRecord, true)) return false;
     return requester.ReadComponentParams(reservoir.fluid.WaterCount(), reservoir.fluid.HcCount(), wells,
                                          error);
 }
