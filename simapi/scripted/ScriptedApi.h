@@ -49,6 +49,9 @@ struct Well {
     std::map<int, double> maxRates;  // by phase
     double bhpPerRate = 0.01;        // the IPR answer: bhp = maxBhp - bhpPerRate * rate
     double maxBhp = 300.0;
+    // By phase: the hydrocarbon fractions that get_composition_of_max_rates answers, one run of the model's
+    // hydrocarbon count per asked phase; a phase not given leaves its run as the caller had it.
+    std::map<int, std::vector<double>> maxRateCompositions;
 };
 
 // Everything the scripted library answers with. Tests change it freely between calls.

@@ -262,8 +262,14 @@ error_t ScriptedWellRequester::get_sc_densities_of_max_rates(const int* wells, i
 }
 
 error_t ScriptedWellRequester::get_composition_of_max_rates(const int* wells, int n, const phase_t* phases,
-                                                            double*, request*) {
-    return EachWell("get_composition_of_max_rates", wells, n, Join(phases, n), [](Well&, int) {});
+                                                            double* out, request*) {
+    const std::size_t hc = Script().state.hcNames.size();
+    return EachWell("get_composition_of_max_rates", wells, n, Join(phases, n), [&](Well& w, int k) {
+        auto it = w.maxRateCompositions.find(phases[k]);
+        if (it == w.maxRateCompositions.end() || out == nullptr) return;
+        for (std::size_t c = 0; c < hc && c < it->second.size(); ++c)
+            out[static_cast<std::size_t>(k) * hc + c] = it->second[c];
+    });
 }
 
 // --- IPR settings and writes ---

@@ -138,6 +138,16 @@ void CExtModel::UpdateFieldTotals() {
 void CExtModel::RegisterIprWells() {
     StartIPRAddWell(IprModel);
     GasWellMap.clear();
+    if (Reservoir) {
+        std::int32_t index = 0;
+        for (const WellData& well : Reservoir->wells) {
+            // A well counts as liquid when its table has rows and their gas to liquid ratio is not above
+            // 3300 scf/STB; a table without rows makes it neither, and it is entered as gas.
+            const bool liquid = well.ipr.Length() > 0 && well.ipr.IsGasRatioNotAbove(3300.0);
+            AddIPRWell(IprModel, index++, well.name.c_str(), well.IsProducer(), liquid);
+            GasWellMap[well.name] = liquid;
+        }
+    }
     EndIPRAddWell(IprModel);
 }
 

@@ -154,6 +154,12 @@ class CExtModel : public CExtInterface {
     bool CheckEndDate(const tDate* target, tErrorRecord* err) const;
     void UpdateFieldTotals();
     void RegisterIprWells();
+    // The rows of DoGetExtraNodeResults: indices 0 to 11 answer field results, 12 and above well results.
+    // 1 when a value is given; 0 past the last well or on failure. The caller holds the lock.
+    std::int32_t getExtraNodeFieldResult(tExtraNodeResult* result, tErrorRecord* err) const;
+    std::int32_t getExtraNodeWellResult(tExtraNodeResult* result, tErrorRecord* err) const;
+    // Corrects the inflow record of `well` in place through the inflow library; false when it threw.
+    bool TransformIprRecord(const WellData& well, _tGetSetData* table);
     // Opens a file through the shell after the checks shared by the two view commands.
     std::int32_t CheckViewable() const;
     std::int32_t ViewFile(const std::string& path) const;
@@ -178,6 +184,9 @@ class CExtModel : public CExtInterface {
     std::string ModelPath;
     std::array<double, kFieldTotalCount> FieldTotals{};
     std::map<std::string, bool> GasWellMap;
+    // The present state of a well handed to the inflow library with its table: zeroed once, and only the
+    // first entry of pressure and rates is ever written.
+    std::unique_ptr<_tGetSetData> PresentIprRecord;
     HostTextCallback ProgressCallback = nullptr;
     HostTextCallback StatusCallback = nullptr;
     // Called by Timestep between passes, with the lock released; tests use it to act from another thread.

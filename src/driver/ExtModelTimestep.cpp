@@ -5,6 +5,7 @@
 #include "driver/BoundaryDate.h"
 #include "driver/ErrorRecord.h"
 #include "driver/ExtModel.h"
+#include "session/WellTargets.h"
 #include "wells/WellControl.h"
 
 namespace rivulet {
@@ -122,9 +123,12 @@ bool CExtModel::StepToNextStop(tErrorRecord* err) {
     return true;
 }
 
-bool CExtModel::ApplyWellTargets(std::string& /*error*/) {
-    // The wells' targets reach the simulator with the well control; until the wells are read there are none.
-    return true;
+bool CExtModel::ApplyWellTargets(std::string& error) {
+    WellRequester* requester = Session ? Session->Wells() : nullptr;
+    // Without wells or a job there is nothing to send.
+    if (!Reservoir || requester == nullptr || requester->Requester == nullptr) return true;
+    return rivulet::ApplyWellTargets(*requester, Reservoir->wells, Reservoir->units,
+                                     Settings.UnconnectedState, error);
 }
 
 bool CExtModel::ResetInjectorPhasesStep(std::string& error) {

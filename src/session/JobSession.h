@@ -17,6 +17,7 @@
 #include "session/Requesters.h"
 #include "session/WellParamBatch.h"
 #include "tNavigator_API_RMA.h"
+#include "wells/IprSampling.h"
 
 namespace rivulet {
 
@@ -120,6 +121,9 @@ class CJobSession {
   private:
     // The refresh of the wells' state: statuses, phases, the two batches' results and component rates.
     bool ReadWellState(ReservoirData& reservoir, std::string& error);
+    // The inflow tables of the wells in the batches, with the case's spacing of rates.
+    bool ReadInflowTables(ReservoirData& reservoir, PhaseRateTable& maxRates, PhaseRateTable& minRates,
+                          std::string& error);
     bool WaitForJobOpened(std::string& error);
     // Ends a launch that failed after the job was identified.
     bool FailLaunch(std::string& error, std::string text);

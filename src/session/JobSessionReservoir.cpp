@@ -1,10 +1,13 @@
 // The first read of the simulator's model and the refresh of its wells at each step.
 #include <sstream>
 
+#include "case/CaseSettings.h"
 #include "common/Trim.h"
 #include "session/ApiLog.h"
 #include "session/FluidReader.h"
+#include "session/IprReads.h"
 #include "session/JobSession.h"
+#include "session/MaxRateDetails.h"
 #include "session/ReservoirData.h"
 
 namespace rivulet {
@@ -73,9 +76,29 @@ bool CJobSession::ReadCurrentData(ReservoirData* reservoir, std::string& error) 
         return false;
     }
     if (!ReadWellState(*reservoir, error)) return false;
+    PhaseRateTable maxRates(reservoir->wells.Count(), {0.0, 0.0, 0.0});
+    PhaseRateTable minRates(reservoir->wells.Count(), {0.0, 0.0, 0.0});
     // From here the batches hold only the wells under the network's control.
     PartitionWells(reservoir->wells, m_batches, true, true);
-    return true;
+    if (!ReadInflowTables(*reservoir, maxRates, minRates, error)) return false;
+    // A well that does not flow takes the density and composition of its maximum rates, from simulators
+    // that can give them.
+    if (!SupportsMaxRateDetails) return true;
+    if (!ReadDensitiesOfMaxRates(*m_pWellRequester, reservoir->wells, maxRates, error)) return false;
+    return ReadCompositionOfMaxRates(*m_pWellRequester, reservoir->fluid.HcCount(), reservoir->wells,
+                                     maxRates, reservoir->units, error);
+}
+
+bool CJobSession::ReadInflowTables(ReservoirData& reservoir, PhaseRateTable& maxRates,
+                                   PhaseRateTable& minRates, std::string& error) {
+    static const std::vector<std::int32_t> kNoWells;
+    const std::vector<std::int32_t>& injectors = m_batches.injector ? m_batches.injector->wells : kNoWells;
+    const std::vector<std::int32_t>& producers = m_batches.producer ? m_batches.producer->wells : kNoWells;
+    // Without case settings the default spacing applies.
+    const double alpha =
+        CaseSettings::IprAlphaValue(m_pCaseSettings != nullptr ? m_pCaseSettings->IprAlpha : -1);
+    return ReadIprTables(*m_pWellRequester, reservoir.wells, injectors, producers, reservoir.units, alpha,
+                         maxRates, minRates, error);
 }
 
 bool CJobSession::ReadWellState(ReservoirData& reservoir, std::string& error) {

@@ -55,7 +55,7 @@ class WellRequester {
     double minLiquidRateCap = 0.0;
     std::ostream* Log;
 
-  private:
+    // For every wrapper of the requester, here and in the reads and writes built on it:
     // Formats `format` with the simulator's description, logs it between newlines and stores it in error.
     bool Fail(const char* format, const tNavigator_API_RMA_error_t& result, std::string& error) const;
     bool Thrown(const char* text, std::string& error) const;

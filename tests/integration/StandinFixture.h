@@ -17,6 +17,8 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <map>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <utility>
@@ -100,6 +102,31 @@ inline std::string Crypted(const char* plain) {
     tNavigator_API_RMA_string crypted;
     EXPECT_EQ(tNavigator_API_RMA::encrypt_password(plain, crypted).id(), 0);
     return crypted.c_str();
+}
+
+// One report row of the stand-in's own run, by column name.
+using Row = std::map<std::string, double>;
+
+inline std::vector<Row> ReadCsv(const std::string& path) {
+    std::ifstream in(path);
+    std::string line;
+    std::vector<std::string> names;
+    std::vector<Row> rows;
+    while (std::getline(in, line)) {
+        std::istringstream cells(line);
+        std::string cell;
+        std::vector<std::string> values;
+        while (std::getline(cells, cell, ',')) values.push_back(cell);
+        if (names.empty()) {
+            names = values;
+            continue;
+        }
+        Row row;
+        for (std::size_t k = 1; k < values.size() && k < names.size(); ++k)
+            row[names[k]] = std::stod(values[k]);
+        rows.push_back(row);
+    }
+    return rows;
 }
 
 class StandinTest : public ModelTest {
@@ -188,6 +215,32 @@ class StandinTest : public ModelTest {
             },
             std::chrono::seconds(10));
         return text;
+    }
+
+    // The well's name and its type as Query gives it (1 producer, 2 injector).
+    std::vector<std::pair<std::string, std::int32_t>> QueryWells() {
+        std::vector<std::pair<std::string, std::int32_t>> wells;
+        host::Buffer query(128);
+        query.Put<std::int32_t>(28, -1);
+        for (std::uint32_t relation = 2; Cmd(2, query.Address(), relation) == 0; relation = 1) {
+            wells.emplace_back(query.Text(32, 64), query.Get<std::int32_t>(4));
+        }
+        return wells;
+    }
+    std::int32_t StepTo(double serial) {
+        host::Buffer step(152);
+        step.Put<std::int32_t>(0, 152);
+        step.Put<std::uint8_t>(48 + 4, 1);
+        step.Put<double>(48 + 8, serial);
+        return Cmd(49, step.Address());
+    }
+    // The stand-in's own run of a deck, one row per report date.
+    std::vector<Row> ReferenceRun(const std::string& deck) {
+        const std::string csv = (scratch_.root / "reference.csv").string();
+        const std::string command =
+            std::string(TNAV_STANDIN_EXE) + " --run '" + deck + "' --csv '" + csv + "' > /dev/null";
+        EXPECT_EQ(std::system(command.c_str()), 0);
+        return ReadCsv(csv);
     }
 
     // A cluster dispatcher of our own, accepting `user` with the crypted form of `password`.

@@ -19,51 +19,9 @@ namespace {
 
 const std::string kSpe9 = std::string(RIVULET_DECKS_DIR) + "/spe9/SPE9_CP.DATA";
 
-// One report row of the stand-in's own run, by column name.
-using Row = std::map<std::string, double>;
-
-std::vector<Row> ReadCsv(const std::string& path) {
-    std::ifstream in(path);
-    std::string line;
-    std::vector<std::string> names;
-    std::vector<Row> rows;
-    while (std::getline(in, line)) {
-        std::istringstream cells(line);
-        std::string cell;
-        std::vector<std::string> values;
-        while (std::getline(cells, cell, ',')) values.push_back(cell);
-        if (names.empty()) {
-            names = values;
-            continue;
-        }
-        Row row;
-        for (std::size_t k = 1; k < values.size() && k < names.size(); ++k)
-            row[names[k]] = std::stod(values[k]);
-        rows.push_back(row);
-    }
-    return rows;
-}
-
 class CoupledRun : public StandinTest {
   protected:
-    // The well's name and its type as Query gives it (1 producer, 2 injector).
-    std::vector<std::pair<std::string, std::int32_t>> QueryWells() {
-        std::vector<std::pair<std::string, std::int32_t>> wells;
-        host::Buffer query(128);
-        query.Put<std::int32_t>(28, -1);
-        for (std::uint32_t relation = 2; Cmd(2, query.Address(), relation) == 0; relation = 1) {
-            wells.emplace_back(query.Text(32, 64), query.Get<std::int32_t>(4));
-        }
-        return wells;
-    }
     double Field(const std::string& name) { return std::stod(Get("TNAVIGATOR.Field." + name)); }
-    std::int32_t StepTo(double serial) {
-        host::Buffer step(152);
-        step.Put<std::int32_t>(0, 152);
-        step.Put<std::uint8_t>(48 + 4, 1);
-        step.Put<double>(48 + 8, serial);
-        return Cmd(49, step.Address());
-    }
 };
 
 // Within the six significant digits of an access string's value.
@@ -72,11 +30,7 @@ void ExpectClose(double actual, double expected, const std::string& what) {
 }
 
 TEST_F(CoupledRun, Spe9StepsToTheDecksEndWithFieldTotalsOfItsWells) {
-    const std::string csv = (scratch_.root / "spe9.csv").string();
-    const std::string command =
-        std::string(TNAV_STANDIN_EXE) + " --run '" + kSpe9 + "' --csv '" + csv + "' > /dev/null";
-    ASSERT_EQ(std::system(command.c_str()), 0);
-    const std::vector<Row> reference = ReadCsv(csv);
+    const std::vector<Row> reference = ReferenceRun(kSpe9);
     ASSERT_GT(reference.size(), 2u);
 
     const std::filesystem::path debug = scratch_.root / "IncDetailedApiLog";

@@ -60,6 +60,7 @@ struct ExtModelProbe {
     static void SetFieldTotal(CExtModel& model, FieldTotal total, double value) {
         model.FieldTotals[total] = value;
     }
+    static void SetStepCount(CExtModel& model, std::int32_t steps) { model.StepCount = steps; }
 };
 
 }  // namespace rivulet
