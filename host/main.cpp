@@ -1,61 +1,111 @@
-// rivulet-host: loads the driver plug-in as Conflux does and drives one model through its commands,
-// printing what the plug-in answers.
-#include <getopt.h>
+// rivulet-host: loads the driver plug-in as Conflux does and runs a coupled reservoir-network case from a
+// scenario file, or probes the plug-in's answers to a run's set-up commands.
+#include <CLI/CLI.hpp>
 
+#include <cmath>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
+#include <iostream>
 #include <memory>
 #include <string>
-#include <vector>
 
+#include "host/CoupledRun.h"
+#include "host/MachineSetup.h"
+#include "host/ModelClient.h"
 #include "host/Plugin.h"
+#include "host/RunReport.h"
+#include "host/Scenario.h"
 #include "host/Session.h"
 
 namespace {
 
-void Usage(const char* argv0) {
-    std::printf(
-        "usage: %s [--plugin PATH] [--case DECK]\n"
-        "  --plugin PATH  the driver plug-in to load (default: ../lib/librivulet.so beside this program)\n"
-        "  --case DECK    the reservoir deck to hand the model (default: the bundled SPE1 example)\n",
-        argv0);
+std::filesystem::path ExecutableDir() {
+    return std::filesystem::canonical("/proc/self/exe").parent_path();
+}
+
+// How closely the wells delivered what the network asked, over the wells that flowed on a point inside
+// their table: the largest relative difference of the controlled rate, and how many well-steps it covers.
+void PrintTracking(const std::vector<host::StepRecord>& steps) {
+    double worst = 0.0;
+    int counted = 0;
+    for (const host::StepRecord& step : steps) {
+        for (const host::WellStep& well : step.wells) {
+            if (well.asked.shut || well.table.pressure.size() < 2) continue;
+            host::InflowTable asked{
+                {well.asked.oil}, {well.asked.water}, {well.asked.gas}, {well.asked.pressure}};
+            host::InflowTable got{{well.oil}, {well.water}, {well.gas}, {well.bhp}};
+            const double wanted = host::ControlledRate(asked, well.phase, 0);
+            if (!(wanted > 0.0)) continue;
+            worst = std::max(worst, std::fabs(host::ControlledRate(got, well.phase, 0) - wanted) / wanted);
+            ++counted;
+        }
+    }
+    std::printf("Delivered against asked: %d well-steps, largest difference %.3f%%\n", counted,
+                100.0 * worst);
+}
+
+int Run(const std::string& scenarioPath, std::filesystem::path out, bool userConfig, std::string pluginPath) {
+    const host::Scenario scenario = host::ReadScenario(scenarioPath);
+    if (out.empty()) out = std::filesystem::path("rivulet-run") / scenario.file.stem();
+    if (!userConfig) {
+        const auto file =
+            host::UsePrivateConfiguration(out, ExecutableDir() / "tnav-standin", scenario.cluster);
+        std::cerr << "rivulet-host: machine configuration " << file.string() << std::endl;
+    }
+    if (pluginPath.empty()) pluginPath = host::Plugin::DefaultPath(nullptr);
+    host::Plugin plugin(pluginPath);
+    host::CoupledRun run(
+        plugin, scenario, [](const host::StepRecord& step) { host::PrintStep(std::cout, step); }, std::cerr);
+    int status = 0;
+    try {
+        run.Run();
+    } catch (const host::RunError& e) {
+        std::cerr << "rivulet-host: " << e.what() << "\nrivulet-host: the simulator has been stopped"
+                  << std::endl;
+        status = 1;
+    }
+    // Whatever was run is reported, also when the run stopped early.
+    host::WriteCsv(out, run.Steps());
+    std::string note;
+    const auto plots = host::DrawPlots(out, run.Steps(), note);
+    PrintTracking(run.Steps());
+    std::cout << "Results in " << std::filesystem::absolute(out).string() << ": field.csv, wells.csv and "
+              << plots.size() << " plots" << std::endl;
+    if (!note.empty()) std::cerr << "rivulet-host: " << note << std::endl;
+    return status;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    CLI::App app{
+        "rivulet-host: runs coupled reservoir-network cases through the Rivulet plug-in, as Conflux does"};
+    app.require_subcommand(1);
     std::string pluginPath;
-    std::string casePath;
-    static const option kOptions[] = {{"plugin", required_argument, nullptr, 'p'},
-                                      {"case", required_argument, nullptr, 'c'},
-                                      {"help", no_argument, nullptr, 'h'},
-                                      {nullptr, 0, nullptr, 0}};
-    for (int c; (c = getopt_long(argc, argv, "p:c:h", kOptions, nullptr)) != -1;) {
-        switch (c) {
-            case 'p':
-                pluginPath = optarg;
-                break;
-            case 'c':
-                casePath = optarg;
-                break;
-            case 'h':
-                Usage(argv[0]);
-                return 0;
-            default:
-                Usage(argv[0]);
-                return 2;
-        }
-    }
-    if (pluginPath.empty()) pluginPath = host::Plugin::DefaultPath(argv[0]);
-    if (casePath.empty()) casePath = RIVULET_EXAMPLE_DECK;
+    app.add_option("--plugin", pluginPath,
+                   "the driver plug-in to load (default: ../lib/librivulet.so beside this program)");
 
+    CLI::App* run = app.add_subcommand("run", "run a coupled case described by a scenario file");
+    std::string scenario;
+    std::string out;
+    bool userConfig = false;
+    run->add_option("scenario", scenario, "the scenario file (TOML)")->required();
+    run->add_option("--out", out,
+                    "folder for the CSV files and plots (default: rivulet-run/<scenario name>)");
+    run->add_flag("--user-config", userConfig,
+                  "use the machine configuration of the user's own store instead of a private one");
+
+    CLI::App* probe = app.add_subcommand("probe", "print the plug-in's answers to a run's set-up commands");
+    std::string casePath = RIVULET_EXAMPLE_DECK;
+    probe->add_option("--case", casePath, "the reservoir deck to hand the model");
+
+    CLI11_PARSE(app, argc, argv);
     try {
-        host::Plugin plugin(pluginPath);
-        std::printf("Loaded %s\n", pluginPath.c_str());
+        if (run->parsed()) return Run(scenario, out, userConfig, pluginPath);
+        host::Plugin plugin(pluginPath.empty() ? host::Plugin::DefaultPath(argv[0]) : pluginPath);
         return host::RunSession(plugin, casePath);
-    } catch (const host::PluginError& e) {
-        std::fprintf(stderr, "rivulet-host: %s\n", e.what());
+    } catch (const std::exception& e) {
+        std::cerr << "rivulet-host: " << e.what() << std::endl;
         return 1;
     }
 }

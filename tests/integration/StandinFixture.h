@@ -123,7 +123,7 @@ inline std::vector<Row> ReadCsv(const std::string& path) {
         }
         Row row;
         for (std::size_t k = 1; k < values.size() && k < names.size(); ++k)
-            row[names[k]] = std::stod(values[k]);
+            row[names[k]] = std::strtod(values[k].c_str(), nullptr);  // a text column reads 0
         rows.push_back(row);
     }
     return rows;
