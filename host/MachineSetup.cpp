@@ -7,6 +7,7 @@
 #include <string>
 
 #include "common/PasswordStore.h"
+#include "tNavigator_API_RMA.h"
 
 namespace host {
 
@@ -46,8 +47,13 @@ std::filesystem::path UsePrivateConfiguration(const std::filesystem::path& folde
         << "\"LowerPort\"=" << Dword(kLowerPort) << "\n"
         << "\"UpperPort\"=" << Dword(kUpperPort) << "\n";
     if (cluster) {
+        // The store keeps the password as the simulator's client library crypts it for the dispatcher.
+        tNavigator_API_RMA_string crypted;
+        if (tNavigator_API_RMA::encrypt_password(cluster->password.c_str(), crypted).id() != 0) {
+            throw std::runtime_error("the cluster password cannot be crypted");
+        }
         out << "\"LinuxUser\"=" << Quoted(cluster->user) << "\n"
-            << "\"Tassoc\"=" << Quoted(rivulet::StorePassword(cluster->password)) << "\n";
+            << "\"Tassoc\"=" << Quoted(rivulet::StorePassword(std::string(crypted.c_str()))) << "\n";
     }
     out.close();
     if (!out) throw std::runtime_error("cannot write the machine configuration " + file.string());
