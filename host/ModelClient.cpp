@@ -1,26 +1,12 @@
 #include "host/ModelClient.h"
 
-#include <cmath>
 #include <cstring>
+
+#include "host/Commands.h"
 
 namespace host {
 
 namespace {
-
-enum Command : std::uint32_t {
-    kQuery = 2,
-    kGetStartDate = 11,
-    kSetConnection = 19,
-    kStartSimulator = 23,
-    kInitialise = 48,
-    kTimestep = 49,
-    kGetIpr = 50,
-    kSetOpPt = 53,
-    kStop = 56,
-    kNodeResult = 58,
-    kGetVar = 96,
-    kSetVar = 97,
-};
 
 // Offsets of the well data record.
 constexpr std::size_t kGetSetSize = 105368;

@@ -5,25 +5,11 @@
 #include <string>
 
 #include "host/Buffer.h"
+#include "host/Commands.h"
 
 namespace host {
 
 namespace {
-
-// Command ids of the driver's table that this session uses.
-enum Command : std::uint32_t {
-    kQuery = 2,
-    kGetStartDate = 11,
-    kSaveModelString = 12,
-    kLoadModelString = 13,
-    kGetFileListEntry = 16,
-    kSetAlias = 21,
-    kStartSimulator = 23,
-    kGetNextEvent = 62,
-    kGetModMsg = 129,
-    kSetTopLevelFile = 136,
-    kStop = 56,
-};
 
 class Driver {
   public:
