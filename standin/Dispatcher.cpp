@@ -357,9 +357,9 @@ class DispatcherService final : public tnavapi::TNavigatorDispatcher::Service {
                                   tnavapi::DoubleArrayReply* rp) override {
         return OnJob("BlackOilGetScDensities", *rq, *rp, [&](Job& j) {
             const double scale = j.engine->Model().scales.density;
-            for (const FluidRegion& r : j.engine->Model().fluids) {  // oil, water, gas per PVT region
-                rp->add_values(r.oil_density / scale);
+            for (const FluidRegion& r : j.engine->Model().fluids) {  // water, oil, gas per PVT region
                 rp->add_values(r.water_density / scale);
+                rp->add_values(r.oil_density / scale);
                 rp->add_values(r.gas_density / scale);
             }
         });

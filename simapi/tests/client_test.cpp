@@ -511,7 +511,10 @@ TEST_F(StandinJob, StaticReadsMatchABlackOilDeck) {
     ASSERT_GE(regions, 1);
     std::vector<double> densities(3 * static_cast<std::size_t>(regions) + 1, -1.0);
     ASSERT_EQ(statics->black_oil__get_sc_densities(densities.data()).id(), 0);
-    EXPECT_GT(densities[1], densities[2]);  // oil is denser than gas
+    // Water, oil, gas: the deck's DENSITY keyword gives oil, water, gas in lb/ft3.
+    EXPECT_NEAR(densities[0], 64.49, 1e-9);
+    EXPECT_NEAR(densities[1], 53.66, 1e-9);
+    EXPECT_NEAR(densities[2], 0.0533, 1e-9);
     EXPECT_EQ(densities.back(), -1.0);
 }
 

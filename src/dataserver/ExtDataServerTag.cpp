@@ -239,6 +239,14 @@ std::string CExtDataServerTag::PeekName() const {
     return TokenAt(".[", nullptr);
 }
 
+bool CExtDataServerTag::MatchSpelling(const char* name, const char* upper) {
+    std::size_t end = 0;
+    const std::string next = TokenAt(".[", &end);
+    if (next != name && next != upper) return false;
+    position_ = end;
+    return true;
+}
+
 long long CExtDataServerTag::ReadIndex() {
     // Indexes beyond any list are held at this value rather than overflowing.
     constexpr long long kLargest = 1'000'000'000'000LL;

@@ -62,6 +62,9 @@ class CExtDataServerTag {
     bool MatchName(const char* name);
     // The next name, up to "." or "[", without moving.
     std::string PeekName() const;
+    // The next name when it is spelt exactly one of two ways (such as "Target" and "TARGET"), moving past
+    // it; any other spelling does not match.
+    bool MatchSpelling(const char* name, const char* upper);
     // "[n]" with digits only: the number, moving past "]". -1, without moving, for anything else
     // (including "[{").
     long long ReadIndex();

@@ -20,14 +20,6 @@ constexpr ComponentProperty kPropertyVariables[] = {kCriticalTemperature,
                                                     kShift,
                                                     kParachor};
 
-// The next name, if it is one of two spellings; the cursor moves past it.
-bool MatchEither(CExtDataServerTag& tag, const char* name, const char* upper) {
-    const std::string next = tag.PeekName();
-    if (next != name && next != upper) return false;
-    tag.MatchName(next.c_str());
-    return true;
-}
-
 }  // namespace
 
 std::int32_t FluidProperties::ResolveComponent(CExtDataServerTag& tag) const {
@@ -133,10 +125,10 @@ std::int32_t FluidProperties::ProcessAccessString(CExtDataServerTag& tag, std::u
         if (region > 0) tag.SetValueText(EosName(region).c_str());
         return 1;
     }
-    if (!MatchEither(tag, "EosRegion", "EOSREGION")) return 0;
+    if (!tag.MatchSpelling("EosRegion", "EOSREGION")) return 0;
     const std::int32_t region = ResolveEosRegion(tag);
     if (region < 1) return 1;
-    if (!MatchEither(tag, "HcComponent", "HCCOMPONENT")) {
+    if (!tag.MatchSpelling("HcComponent", "HCCOMPONENT")) {
         tag.SetErrorText("Unrecognised EosRegion data request");
         return 1;
     }

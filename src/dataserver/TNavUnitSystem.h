@@ -46,6 +46,12 @@ class TNavUnitSystem {
     // Reference densities at standard conditions, in model units.
     double AirDensity() const;
     double WaterDensity() const;
+    // Units built from the words: molar rate ("moles/day" in FIELD), the critical volume of a component
+    // ("Mscf/lb.mole" in FIELD) and moles.
+    std::string MolarRateWord() const { return "moles/" + time; }
+    std::string CriticalVolumeWord() const { return gasVolume + "/" + mass + ".mole"; }
+    static const char* MolesWord() { return "moles"; }
+
     // The host's pressures 0 and 1.46959e7 psig in model units; those values themselves without a unit
     // system.
     void PressureLimits(double& lower, double& upper) const;

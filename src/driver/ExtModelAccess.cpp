@@ -36,9 +36,7 @@ bool CExtModel::HasSessionStarted() const {
 }
 
 bool CExtModel::ProcessModelVariable(CExtDataServerTag& tag) {
-    const std::string next = tag.PeekName();
-    if (next == "Field" || next == "FIELD") {
-        tag.MatchName(next.c_str());
+    if (tag.MatchSpelling("Field", "FIELD")) {
         for (const FieldVariable& variable : kFieldVariables) {
             double value = FieldTotals[variable.total];
             if (tag.BindDouble(variable.name, value)) return true;

@@ -74,10 +74,6 @@ void WellComposition::RecomputeFractions() {
     if (!cumFractions.empty()) cumFractions = Shares(*this, 2, 3);
 }
 
-std::int32_t WellData::ProcessAccessString(CExtDataServerTag&, std::uint32_t) {
-    return 0;
-}
-
 std::string WellData::CleanWellName(const std::string& raw) {
     std::string text = Trimmed(raw);
     if (text.size() >= 2 && text.front() == text.back() && (text.front() == '"' || text.front() == '\'')) {

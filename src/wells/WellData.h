@@ -99,8 +99,8 @@ class WellData : public CExtDataServerObject {
     explicit WellData(const FluidProperties* fluidProperties) : fluid(fluidProperties) {}
 
     std::string GetDataServerName() const override { return name; }
-    // A well's variables are not served by this build: every name after the well's key is left
-    // unrecognised.
+    // A get reads one of the well's variables (model units); a set changes its type, its target or its
+    // target status under the write rules and takes the well from the network. Commands are not the well's.
     std::int32_t ProcessAccessString(CExtDataServerTag& tag, std::uint32_t unused = 0) override;
     // Name, flags, statuses, records, target, inflow table, regions and composition.
     std::int32_t StreamData(BinaryArchive* archive, std::int32_t version) override;
@@ -121,6 +121,9 @@ class WellData : public CExtDataServerObject {
     bool SetUnderVaneControl(std::string& warning);
     // Access strings take control, unless the network has it.
     bool SetUnderTapServerControl(std::string& error);
+    // Stores the mole fraction of a hydrocarbon component of the well's stream; false with the reason for
+    // an index outside the well's components or a fraction outside 0 to 1.
+    bool SetHcMoleFraction(std::int32_t component, double fraction, std::string& error);
 
     bool IsInjector() const { return wellType == kWellInjector; }
     bool IsProducer() const { return wellType == kWellProducer; }
@@ -158,6 +161,18 @@ class WellData : public CExtDataServerObject {
     bool underVaneControl = false;
     bool underTapServerControl = false;
     const FluidProperties* fluid = nullptr;  // the reservoir's, not owned
+
+  private:
+    std::int32_t ReadVariable(CExtDataServerTag& tag) const;
+    // "Name", "Label", "VaneRateControl" and "EosRegion".
+    std::int32_t ReadIdentity(CExtDataServerTag& tag) const;
+    // The variables behind "HcComponent[..]": the component's own, then the well's molar values of it.
+    std::int32_t ReadComponentVariable(CExtDataServerTag& tag) const;
+    std::int32_t WriteVariable(CExtDataServerTag& tag);
+    void WriteWellType(CExtDataServerTag& tag);
+    std::int32_t WriteTarget(CExtDataServerTag& tag);
+    std::int32_t WriteInjectorTarget(CExtDataServerTag& tag);
+    std::int32_t WriteProducerTarget(CExtDataServerTag& tag);
 };
 
 }  // namespace rivulet

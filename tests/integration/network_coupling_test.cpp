@@ -101,6 +101,9 @@ TEST_P(NetworkCoupling, EachWellDeliversTheOperatingPointPickedOnItsTable) {
     const double first = start.Get<double>(8);
     const std::vector<Connected> wells = ConnectAll(first + reference[1].at("DAYS"));
     ASSERT_FALSE(HasFailure());
+    // The network's wells are its own: a script may not take one over.
+    EXPECT_EQ(Set("TNAVIGATOR.WELL[0].TARGET.Bhp", "3000"), 1);
+    EXPECT_EQ(Message(err_), "Cannot apply TapServer control to a well under VANE control.");
 
     int checked = 0;
     for (std::size_t step = 2; step <= GetParam().steps + 1; ++step) {

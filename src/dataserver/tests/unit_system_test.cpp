@@ -58,6 +58,9 @@ TEST(TNavUnitSystem, NamesSetUpTheTablesAndAnythingElseLeavesItUnset) {
     EXPECT_EQ(field.gasRate, "Mscf/day");
     EXPECT_EQ(Units("LAB").reservoirRate, "rcc/hr");
     EXPECT_EQ(Units("SI").pressure, "Pa");
+    EXPECT_EQ(Units("SI").MolarRateWord(), "moles/s");
+    EXPECT_EQ(field.CriticalVolumeWord(), "Mscf/lb.mole");
+    EXPECT_EQ(Units("METRIC").CriticalVolumeWord(), "m3/kg.mole");
 
     TNavUnitSystem unknown = Units("IMPERIAL");
     EXPECT_FALSE(unknown.IsSet());
