@@ -169,7 +169,11 @@ void CoupledRun::Run() {
         step.gasInjection = Rate(model.NodeResult(kFieldGasInjection));
         step.waterInjection = Rate(model.NodeResult(kFieldWaterInjection));
         for (std::size_t k = 0; k < members.size(); ++k) {
-            step.wells.push_back(ReadWellStep(model, members[k], inflows[k], solution.points[k]));
+            WellStep& well =
+                step.wells.emplace_back(ReadWellStep(model, members[k], inflows[k], solution.points[k]));
+            const std::string prefix = "TNAVIGATOR.WELL[{" + well.name + "}].";
+            for (const std::string& variable : scenario_.wellVariables)
+                well.variables.push_back(model.GetVar(prefix + variable));
         }
         steps_.push_back(step);
         progress_ << "rivulet-host: step " << n + 1 << "/" << dates.size() << " to " << dates[n].Text()

@@ -112,7 +112,8 @@ void PrintStep(std::ostream& out, const StepRecord& step) {
     for (const WellStep& well : step.wells) out << WellRow(well, nameWidth) << '\n';
 }
 
-void WriteCsv(const fs::path& folder, const std::vector<StepRecord>& steps) {
+void WriteCsv(const fs::path& folder, const std::vector<StepRecord>& steps,
+              const std::vector<std::string>& wellVariables) {
     const fs::path fieldFile = folder / "field.csv";
     std::ofstream field = OpenCsv(fieldFile);
     field << "date,days,manifold_psig,oil_stb_d,water_stb_d,gas_mmscf_d,water_inj_stb_d,gas_inj_mmscf_d,"
@@ -129,7 +130,9 @@ void WriteCsv(const fs::path& folder, const std::vector<StepRecord>& steps) {
     std::ofstream wells = OpenCsv(wellsFile);
     wells
         << "date,days,well,injector,shut,asked_oil_stb_d,asked_water_stb_d,asked_gas_mmscf_d,asked_bhp_psig,"
-           "oil_stb_d,water_stb_d,gas_mmscf_d,bhp_psig\n";
+           "oil_stb_d,water_stb_d,gas_mmscf_d,bhp_psig";
+    for (const std::string& variable : wellVariables) wells << ',' << CsvText(variable);
+    wells << '\n';
     for (const StepRecord& step : steps) {
         for (const WellStep& well : step.wells) {
             wells << step.date.Text() << ',' << CsvNumber(step.days) << ',' << CsvText(well.name) << ','
@@ -137,10 +140,29 @@ void WriteCsv(const fs::path& folder, const std::vector<StepRecord>& steps) {
                   << CsvNumber(well.asked.oil) << ',' << CsvNumber(well.asked.water) << ','
                   << CsvNumber(well.asked.gas) << ',' << CsvNumber(well.asked.pressure) << ','
                   << CsvNumber(well.oil) << ',' << CsvNumber(well.water) << ',' << CsvNumber(well.gas) << ','
-                  << CsvNumber(well.bhp) << '\n';
+                  << CsvNumber(well.bhp);
+            for (std::size_t k = 0; k < wellVariables.size(); ++k)
+                wells << ',' << (k < well.variables.size() ? CsvText(well.variables[k]) : std::string());
+            wells << '\n';
         }
     }
     CloseCsv(wells, wellsFile);
+}
+
+void PrintWellVariables(std::ostream& out, const std::vector<StepRecord>& steps,
+                        const std::vector<std::string>& wellVariables) {
+    if (steps.empty() || wellVariables.empty()) return;
+    const StepRecord& last = steps.back();
+    out << "Well variables on " << last.date.Text() << ", read by access string:\n";
+    int nameWidth = 4;
+    for (const WellStep& well : last.wells)
+        nameWidth = std::max(nameWidth, static_cast<int>(well.name.size()));
+    for (const WellStep& well : last.wells) {
+        std::string line = Format("  %-*s", nameWidth, well.name.c_str());
+        for (std::size_t k = 0; k < wellVariables.size() && k < well.variables.size(); ++k)
+            line += "  " + wellVariables[k] + "=" + well.variables[k];
+        out << line << '\n';
+    }
 }
 
 }  // namespace host

@@ -16,9 +16,15 @@ namespace host {
 void PrintStep(std::ostream& out, const StepRecord& step);
 
 // field.csv: one row per step (date, days, manifold pressure, field rates). wells.csv: one row per well and
-// step (date, days, well, asked and delivered oil, water and gas, asked and delivered BHP, shut flag).
-// Throws std::runtime_error naming the file that could not be written.
-void WriteCsv(const std::filesystem::path& folder, const std::vector<StepRecord>& steps);
+// step (date, days, well, asked and delivered oil, water and gas, asked and delivered BHP, shut flag), then a
+// column for each of `wellVariables`, headed by its access-string name. Throws std::runtime_error naming the
+// file that could not be written.
+void WriteCsv(const std::filesystem::path& folder, const std::vector<StepRecord>& steps,
+              const std::vector<std::string>& wellVariables = {});
+
+// The well variables of the last step, one line per well: "PROD  Status=Open  Bhp=3021.5".
+void PrintWellVariables(std::ostream& out, const std::vector<StepRecord>& steps,
+                        const std::vector<std::string>& wellVariables);
 
 // field.png: field oil, water and gas rates and the manifold pressure against time. ipr_<well>.png for each
 // well: its inflow curves (controlled rate against pressure) at a few steps spread over the run, each with

@@ -57,7 +57,7 @@ class ScenarioReader {
 
     Scenario Read() {
         const toml::table root = Parse();
-        CheckKeys(root, {"case", "settings", "run", "network", "tubing", "well", "cluster"}, "");
+        CheckKeys(root, {"case", "settings", "run", "network", "tubing", "well", "cluster", "report"}, "");
         ReadCase(root);
         if (const toml::node* settings = root.get("settings")) ReadSettings(TableOf(*settings, "settings"));
         ReadRun(RequiredTable(root, "run"));
@@ -65,6 +65,7 @@ class ScenarioReader {
         if (const toml::node* tubing = root.get("tubing")) ReadCurves(TableOf(*tubing, "tubing"));
         ReadWells(root);
         if (const toml::node* cluster = root.get("cluster")) ReadCluster(TableOf(*cluster, "cluster"));
+        if (const toml::node* report = root.get("report")) ReadReport(TableOf(*report, "report"));
         return std::move(Result);
     }
 
@@ -303,6 +304,25 @@ class ScenarioReader {
         target.user = Text(Required(cluster, "user", "[cluster]"), "cluster.user", "a string");
         target.password = Text(Required(cluster, "password", "[cluster]"), "cluster.password", "a string");
         Result.cluster = std::move(target);
+    }
+
+    void ReadReport(const toml::table& report) {
+        CheckKeys(report, {"well_variables"}, "[report]");
+        const toml::node* node = report.get("well_variables");
+        if (node == nullptr) return;
+        const toml::array* list = node->as_array();
+        if (list == nullptr) Expected(*node, "report.well_variables", "an array of well variable names");
+        for (std::size_t k = 0; k < list->size(); ++k) {
+            const toml::node& item = *list->get(k);
+            const std::string path = Item("report.well_variables", k);
+            const std::string name = Text(item, path, "a well variable name such as \"Bhp\"");
+            if (name.empty() || name.find_first_of(" \t") != std::string::npos)
+                Expected(item, path, "a well variable name such as \"Bhp\"");
+            if (std::find(Result.wellVariables.begin(), Result.wellVariables.end(), name) !=
+                Result.wellVariables.end())
+                Fail(item, path + ": '" + name + "' is listed already");
+            Result.wellVariables.push_back(name);
+        }
     }
 
     const std::string File;

@@ -66,6 +66,9 @@ struct Scenario {
     FieldLimits limits;
     std::vector<NetworkWell> wells;
     std::optional<ClusterTarget> cluster;
+    // Well variables read by access string after every step, as they stand behind "TNAVIGATOR.WELL[{name}].":
+    // "Status", "Bhp", "TARGET.Status", ...
+    std::vector<std::string> wellVariables;
 };
 
 // Reads and checks a scenario; throws ScenarioError.

@@ -21,6 +21,8 @@ struct WellStep {
     double water = 0.0;
     double gas = 0.0;
     double bhp = 0.0;
+    // The scenario's well variables as the driver gave them after the step, in the scenario's order.
+    std::vector<std::string> variables;
 };
 
 struct StepRecord {

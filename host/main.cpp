@@ -65,10 +65,11 @@ int Run(const std::string& scenarioPath, std::filesystem::path out, bool userCon
         status = 1;
     }
     // Whatever was run is reported, also when the run stopped early.
-    host::WriteCsv(out, run.Steps());
+    host::WriteCsv(out, run.Steps(), scenario.wellVariables);
     std::string note;
     const auto plots = host::DrawPlots(out, run.Steps(), note);
     PrintTracking(run.Steps());
+    host::PrintWellVariables(std::cout, run.Steps(), scenario.wellVariables);
     std::cout << "Results in " << std::filesystem::absolute(out).string() << ": field.csv, wells.csv and "
               << plots.size() << " plots" << std::endl;
     if (!note.empty()) std::cerr << "rivulet-host: " << note << std::endl;

@@ -44,6 +44,7 @@ std::vector<StepRecord> ThreeSteps(const std::string& injectorName = "INJ") {
         producer.water = 12.5;
         producer.gas = 2.25;
         producer.bhp = 1510.7;
+        producer.variables = {"Open", "2,5"};
 
         WellStep injector;
         injector.name = injectorName;
@@ -80,7 +81,7 @@ class ReportFolder : public ::testing::Test {
 };
 
 TEST_F(ReportFolder, WriteCsvWritesHeadersAndRowsAndNamesTheFileItCannotWrite) {
-    WriteCsv(folder_ / "out", ThreeSteps("INJ,\"1\""));
+    WriteCsv(folder_ / "out", ThreeSteps("INJ,\"1\""), {"Status", "TARGET.Bhp"});
 
     const auto field = Lines(folder_ / "out" / "field.csv");
     ASSERT_EQ(field.size(), 4u);
@@ -94,9 +95,10 @@ TEST_F(ReportFolder, WriteCsvWritesHeadersAndRowsAndNamesTheFileItCannotWrite) {
     EXPECT_EQ(
         wells[0],
         "date,days,well,injector,shut,asked_oil_stb_d,asked_water_stb_d,asked_gas_mmscf_d,asked_bhp_psig,"
-        "oil_stb_d,water_stb_d,gas_mmscf_d,bhp_psig");
-    EXPECT_EQ(wells[1], "2015-02-01,31,PROD,0,0,1234.5,12.5,2.5,1500.3,1200,12.5,2.25,1510.7");
-    EXPECT_EQ(wells[4], "2015-03-01,59,\"INJ,\"\"1\"\"\",1,1,0,0,0,0,0,0,0,0");
+        "oil_stb_d,water_stb_d,gas_mmscf_d,bhp_psig,Status,TARGET.Bhp");
+    EXPECT_EQ(wells[1], "2015-02-01,31,PROD,0,0,1234.5,12.5,2.5,1500.3,1200,12.5,2.25,1510.7,Open,\"2,5\"");
+    // A well without the values (none were read for it) leaves their columns empty.
+    EXPECT_EQ(wells[4], "2015-03-01,59,\"INJ,\"\"1\"\"\",1,1,0,0,0,0,0,0,0,0,,");
 
     // A folder that is a plain file cannot hold the CSV files.
     std::ofstream(folder_ / "blocked") << "x";

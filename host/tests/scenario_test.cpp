@@ -75,6 +75,8 @@ head_node = "hn01"
 port = 5050
 user = "res"
 password = "secret"
+[report]
+well_variables = ["Status", "TARGET.Bhp"]
 )"));
     EXPECT_EQ(full.file, Root / "runs" / "coupled.toml");
     EXPECT_EQ(full.caseFile, Root / "decks" / "CASE.DATA");
@@ -104,6 +106,7 @@ password = "secret"
     EXPECT_EQ(
         std::tie(full.cluster->headNode, full.cluster->port, full.cluster->user, full.cluster->password),
         std::tuple("hn01", 5050, "res", "secret"));
+    EXPECT_EQ(full.wellVariables, (std::vector<std::string>{"Status", "TARGET.Bhp"}));
 
     // The optional parts left out: no start, a whole number of days, no limits, no injection header.
     const Scenario bare = ReadScenario(Write(R"(case = "../decks/CASE.DATA"
@@ -168,6 +171,10 @@ TEST_F(ScenarioFiles, BrokenScenariosNameTheFileTheLineAndWhatWasExpected) {
              {1, R"(case = "../decks/NONE.DATA")", ":1: case: file not found: {deck}/NONE.DATA"},
              {12, "tubing = \"standard\"\n[cluster]\nhead_node = \"hn\"\nport = 80",
               ":15: cluster.port: expected an integer from 1024 to 65535"},
+             {12, "tubing = \"standard\"\n[report]\nwell_variables = [\"Bhp\", \"Bhp\"]",
+              ":14: report.well_variables[2]: 'Bhp' is listed already"},
+             {12, "tubing = \"standard\"\n[report]\nwell_variables = [\"Gas rate\"]",
+              ":14: report.well_variables[1]: expected a well variable name such as \"Bhp\""},
          }) {
         std::vector<std::string> lines = base;
         lines.at(line - 1) = text;
