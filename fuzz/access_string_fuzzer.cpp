@@ -1,5 +1,6 @@
-// Arbitrary access strings and values for GetVar, SetVar and DoCmd of a model that has three wells, in a run
-// state chosen by the input. Any crash, leak or undefined behaviour is a finding.
+// Arbitrary access strings and values for GetVar, SetVar and DoCmd of a model that has three wells and a
+// compositional fluid, in a run state chosen by the input. Any crash, leak or undefined behaviour is a
+// finding.
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -25,10 +26,21 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     CExtModel model;
     if (control & 0x04) {
+        // A compositional fluid of two components; a producer, an injector under the network, and a well
+        // of no type.
         ReservoirData& reservoir = ExtModelProbe::MakeReservoir(model);
+        reservoir.fluid.SetModelType(3);
+        reservoir.fluid.eosRegionCount = 1;
+        reservoir.fluid.eosNames = {"PR"};
+        reservoir.fluid.SetHcNames({"C1", "CO2"});
         for (const char* name : {"P1", "I1", ""}) {
-            WellData well;
+            WellData well(&reservoir.fluid);
             well.name = name;
+            well.eosRegion = 1;
+            well.composition.SetHcCount(name[0] == 'P' ? 2 : 0);
+            if (name[0] != '\0')
+                well.SetWellStatus(name[0] == 'P' ? kStatusOpenProducer : kStatusOpenInjector);
+            well.underVaneControl = name[0] == 'I' && (control & 0x80) != 0;
             reservoir.wells.Add(well);
         }
     }

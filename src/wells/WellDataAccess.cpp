@@ -18,25 +18,16 @@ namespace {
 
 constexpr const char* kNoFluid = "No compositional fluid description been assigned to this well.";
 
-// A status as the access strings word it; a status not yet known is "Undefined".
+// Status and type as the access strings word them: what is neither open, shut, stop, producer nor injector
+// reads "Undefined".
 const char* StatusWord(std::int32_t status) {
-    switch (status) {
-        case kStatusOpenProducer:
-        case kStatusOpenInjector:
-            return "Open";
-        case kStatusShut:
-            return "Shut";
-        case kStatusStop:
-            return "Stop";
-        default:
-            return "Undefined";
-    }
+    const char* text = WellData::StatusText(status);
+    return *text != '\0' ? text : "Undefined";
 }
 
 const char* TypeWord(std::int32_t type) {
-    if (type == kWellProducer) return "Producer";
-    if (type == kWellInjector) return "Injector";
-    return "Undefined";
+    const char* text = WellData::TypeText(type);
+    return *text != '\0' ? text : "Undefined";
 }
 
 bool ReadInt(CExtDataServerTag& tag, const char* name, std::int32_t value) {
@@ -123,7 +114,9 @@ std::int32_t WellData::ReadVariable(CExtDataServerTag& tag) const {
         return 1;
     }
     for (const RealVariable& variable : kRealVariables) {
-        if (ReadReal(tag, variable.name, variable.value(*this))) return 1;
+        if (!tag.MatchName(variable.name)) continue;
+        tag.SetValueDouble(variable.value(*this));
+        return 1;
     }
     if (ReadText(tag, "Status", StatusWord(status)) || ReadText(tag, "WellType", TypeWord(wellType)))
         return 1;

@@ -60,9 +60,6 @@ class WellAccess : public ::testing::Test {
         r[WellRateRecord::kRcLiquid] = 1700.0;
         r[WellRateRecord::kCumWater] = 300.0;
         r[WellRateRecord::kCumOil] = 9000.0;
-        r[WellRateRecord::kCumRcLiquid] = 9900.0;
-        r[WellRateRecord::kThp] = 400.0;
-        r[WellRateRecord::kEfficiency] = 0.9;
         r[WellRateRecord::kOilDensity] = 50.0;  // the well's own density comes first
         well.composition.SetWaterCount(1);
         well.composition.SetHcCount(2);
@@ -94,16 +91,11 @@ TEST_F(WellAccess, ReadsAnswerInTheModelsUnitsWithTheirWordsAndMessages) {
     };
     const Row rows[] = {
         {'P', "IsOpen", 1, "1", ""},
-        {'P', "IsShut", 1, "0", ""},
-        {'U', "IsProducer", 1, "0", ""},
         {'I', "isinjector", 1, "1", ""},  // names ignore case
-        {'P', "Thp", 1, "400", ""},
         {'P', "LiquidRate", 1, "1500", ""},
         {'P', "RcLiquidRate", 1, "1700", ""},
         {'I', "CumLiquid", 1, "9300", ""},
-        {'P', "CumRcLiquid", 1, "9900", ""},
         {'P', "Temperature", 1, "3.4e+35", ""},  // an isothermal model keeps none
-        {'P', "Efficiency", 1, "0.9", ""},
         {'P', "OilDensity", 1, "50", ""},
         {'I', "WaterDensity", 1, "64.49", ""},
         {'U', "Status", 1, "Undefined", ""},
@@ -111,13 +103,11 @@ TEST_F(WellAccess, ReadsAnswerInTheModelsUnitsWithTheirWordsAndMessages) {
         {'U', "TARGET.Status", 1, "Undefined", ""},
         {'P', "Target.Status", 1, "Open", ""},
         {'P', "TARGET.Bhp", 1, "1500", ""},
-        {'P', "Label", 1, "P-1", ""},
         {'P', "VaneRateControl", 1, "2", ""},
         {'P', "HcComponent[0].CriticalTemperature", 1, "200", ""},  // the well's EOS region 2
         {'P', "HCCOMPONENT[{CO2}].Name", 1, "CO2", ""},
         {'P', "HcComponent[0].LiquidMolarRate", 1, "1", ""},
         {'P', "HcComponent[1].GasMolarRate", 1, "4", ""},
-        {'P', "HcComponent[0].CumLiquidMoles", 1, "5", ""},
         {'P', "HcComponent[1].CumGasMoles", 1, "8", ""},
         {'P', "HcComponent[1].HcMoleFraction", 1, "0.7", ""},
         {'P', "HcComponent[0].CumHcMoleFraction", 1, "0.4", ""},
@@ -126,7 +116,6 @@ TEST_F(WellAccess, ReadsAnswerInTheModelsUnitsWithTheirWordsAndMessages) {
         {'P', "HcComponent.Name", 1, "", "An index is required to access a component array variable"},
         {'P', "HcComponent[{N2}].Name", 1, "", "Hydrocarbon component name N2 was not recognised."},
         {'P', "SetWellType", 0, "", ""},  // a name for writes only
-        {'P', "TARGET.Nothing", 0, "", ""},
         {'P', "HcComponent[0].Bhp", 0, "", ""},
     };
     for (const Row& row : rows) {
