@@ -215,33 +215,36 @@ bool CExtDataServerTag::BindDoubleElement(const char* name, std::vector<double>&
 
 // ---- walking ----
 
-std::string CExtDataServerTag::TokenAt(const char* stops, std::size_t* tokenEnd) const {
+std::string_view CExtDataServerTag::TokenAt(const char* stops, std::size_t* tokenEnd) const {
     std::size_t start = std::min(position_, text_.size());
     while (start < text_.size() && text_[start] == '.') ++start;
     std::size_t end = text_.find_first_of(stops, start);
     if (end == std::string::npos) end = text_.size();
     if (tokenEnd != nullptr) *tokenEnd = end;
-    return text_.substr(start, std::min(end - start, kNameCapacity));
+    return std::string_view(text_).substr(start, std::min(end - start, kNameCapacity));
 }
 
 bool CExtDataServerTag::MatchName(const char* name) {
     if (name == nullptr) return false;
     std::size_t end = 0;
-    const std::string token = TokenAt("(.[", &end);
+    const std::string_view token = TokenAt("(.[", &end);
     const bool declaredReadOnly = name[0] == '$';
-    if (strcasecmp(token.c_str(), declaredReadOnly ? name + 1 : name) != 0) return false;
+    const char* declared = declaredReadOnly ? name + 1 : name;
+    // Compared in place: every object tries its names in turn, and most do not match.
+    if (std::strlen(declared) != token.size() || strncasecmp(token.data(), declared, token.size()) != 0)
+        return false;
     position_ = end;
     if (declaredReadOnly) readOnly_ = true;
     return true;
 }
 
 std::string CExtDataServerTag::PeekName() const {
-    return TokenAt(".[", nullptr);
+    return std::string(TokenAt(".[", nullptr));
 }
 
 bool CExtDataServerTag::MatchSpelling(const char* name, const char* upper) {
     std::size_t end = 0;
-    const std::string next = TokenAt(".[", &end);
+    const std::string_view next = TokenAt(".[", &end);
     if (next != name && next != upper) return false;
     position_ = end;
     return true;

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "dataserver/ExtDataServerCmdArgument.h"
@@ -93,7 +94,7 @@ class CExtDataServerTag {
 
     void StoreResult(const char* text, std::size_t allocation);
     // The token at `start` after any ".", ending at one of `stops`, and where it ends.
-    std::string TokenAt(const char* stops, std::size_t* tokenEnd) const;
+    std::string_view TokenAt(const char* stops, std::size_t* tokenEnd) const;
 
     std::string text_;
     std::size_t position_ = 0;
