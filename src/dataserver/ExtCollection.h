@@ -1,6 +1,7 @@
 // Typed pointer arrays of the data objects and equipment elements.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -23,6 +24,11 @@ class CExtCollection {
     T* GetAt(std::size_t index) const { return index < elements_.size() ? elements_[index] : nullptr; }
     // An owning collection takes `element` over.
     void Add(T* element) { elements_.push_back(element); }
+    // The same, at `index` (at most the size).
+    void InsertAt(std::size_t index, T* element) {
+        elements_.insert(elements_.begin() + static_cast<std::ptrdiff_t>(std::min(index, elements_.size())),
+                         element);
+    }
 
     void RemoveAll() {
         if (ownsElements_) {

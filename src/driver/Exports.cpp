@@ -4,12 +4,15 @@
 
 #include <cstring>
 #include <exception>
+#include <string>
+#include <vector>
 
 #include "case/ConfigureDlg.h"
 #include "driver/CommandTable.h"
 #include "driver/ErrorRecord.h"
 #include "driver/ExtModel.h"
 #include "driver/RivuletApp.h"
+#include "equipment/XmlEquipment.h"
 #include "platform/ModuleState.h"
 #include "platform/UserInterface.h"
 
@@ -138,11 +141,21 @@ void ExtHelp() {
     ModuleStateGuard state;
 }
 
-std::uint32_t ExtEquipXml(void* instance, const char*, std::uint8_t, const char* const*) {
+std::uint32_t ExtEquipXml(void* instance, const char* outputPath, std::uint8_t noVariables,
+                          const char* const* wellFilter) {
     ModuleStateGuard state;
-    // The Model document is not written by this build.
-    (void)instance;
-    return 1;
+    if (instance == nullptr || outputPath == nullptr) return 1;
+    try {
+        std::vector<std::string> filter;
+        for (const char* const* name = wellFilter; name != nullptr && *name != nullptr; ++name)
+            filter.emplace_back(*name);
+        CXmlModel model;
+        if (AsModel(instance)->GetEquipment(&model, noVariables != 0, filter) != 0) return 1;
+        std::string error;
+        return WriteModelXml(model, outputPath, error) ? 0 : 1;
+    } catch (...) {
+        return 1;  // nothing is reported from here: the host sees only the result
+    }
 }
 
 std::uint32_t ExtConnectToApp(void* instance, std::uint32_t a, std::uint32_t b, tErrorRecord* err) {

@@ -4,12 +4,14 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
+#include <vector>
 
 #include "driver/ExtRecords.h"
 
 namespace rivulet {
 
-class CEquipmentDescription;  // filled by GetEquipment for ExtEquipXml
+class CXmlModel;  // the equipment description, filled by GetEquipment for ExtEquipXml
 
 class CExtInterface {
   public:
@@ -77,7 +79,10 @@ class CExtInterface {
     /* 54 */ virtual std::int32_t StartApp(std::int32_t, tErrorRecord*) { return 0; }
     /* 55 */ virtual std::int32_t ConnectToApplication(std::uint32_t a, std::uint32_t b, tErrorRecord* err);
     /* 56 */ virtual std::int32_t StopApp() { return 0; }
-    /* 57 */ virtual std::int32_t GetEquipment(CEquipmentDescription*) { return 0; }
+    /* 57 */ virtual std::int32_t GetEquipment(CXmlModel*, bool /*noVariables*/,
+                                               const std::vector<std::string>& /*wellFilter*/) {
+        return 0;
+    }
     /* 58 */ virtual std::int32_t Reserved58() { return 0; }
     /* 59 */ virtual std::int32_t Reserved59() { return 0; }
     /* 60 */ virtual std::int32_t Reserved60() { return 0; }

@@ -85,6 +85,10 @@ class CExtModel : public CExtInterface {
     std::int32_t ImportComposition(HostWindow window, void* data, bool flag, tErrorRecord* err) override;
     std::int32_t StartApp(std::int32_t unused, tErrorRecord* err) override;
     std::int32_t StopApp() override;
+    // The module, the field and the wells (all, or those named in `wellFilter`) with their published
+    // variables, unless `noVariables` leaves the wells without; always 0.
+    std::int32_t GetEquipment(CXmlModel* model, bool noVariables,
+                              const std::vector<std::string>& wellFilter) override;
     std::int32_t GetFileListEntry(tFileListEntry* entry, std::uint32_t unused, tErrorRecord* err) override;
 
     // Commands that are not operations of the interface.
