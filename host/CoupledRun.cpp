@@ -110,23 +110,26 @@ std::vector<CalendarDate> StepDates(const Scenario& scenario, CalendarDate start
     return dates;
 }
 
+void StartScenarioCase(ModelClient& model, const Scenario& scenario, std::ostream& progress) {
+    const std::string details = "TNAVIGATOR.CaseDetails.";
+    model.SetVar(details + "IsLocalMachine", scenario.cluster ? "0" : "1");
+    if (scenario.cluster) {
+        model.SetVar(details + "HeadNodeName", scenario.cluster->headNode);
+        model.SetVar(details + "HeadNodePort", std::to_string(scenario.cluster->port));
+    }
+    model.SetVar(details + "FileName", scenario.caseFile.string());
+    for (const auto& [name, value] : scenario.settings) model.SetVar(details + name, value);
+    progress << "rivulet-host: starting the simulator on " << scenario.caseFile.string() << std::endl;
+    model.StartSimulator();
+}
+
 CoupledRun::CoupledRun(Plugin& plugin, const Scenario& scenario,
                        std::function<void(const StepRecord&)> onStep, std::ostream& progress)
     : plugin_(plugin), scenario_(scenario), onStep_(std::move(onStep)), progress_(progress) {}
 
 void CoupledRun::Run() {
     ModelClient model(plugin_);
-    const std::string details = "TNAVIGATOR.CaseDetails.";
-    model.SetVar(details + "IsLocalMachine", scenario_.cluster ? "0" : "1");
-    if (scenario_.cluster) {
-        model.SetVar(details + "HeadNodeName", scenario_.cluster->headNode);
-        model.SetVar(details + "HeadNodePort", std::to_string(scenario_.cluster->port));
-    }
-    model.SetVar(details + "FileName", scenario_.caseFile.string());
-    for (const auto& [name, value] : scenario_.settings) model.SetVar(details + name, value);
-
-    progress_ << "rivulet-host: starting the simulator on " << scenario_.caseFile.string() << std::endl;
-    model.StartSimulator();
+    StartScenarioCase(model, scenario_, progress_);
     const std::vector<Member> members = Members(scenario_, model.QueryWells());
     const CalendarDate deckStart = model.StartDate();
     const CalendarDate start = scenario_.start.value_or(deckStart);

@@ -13,8 +13,13 @@
 
 namespace host {
 
+class ModelClient;
+
 // The dates the run steps to: every `stepDays` from the start, or the scenario's list, up to its end.
 std::vector<CalendarDate> StepDates(const Scenario& scenario, CalendarDate start);
+
+// Hands the model the scenario's case and settings (and cluster) and starts the simulator on it.
+void StartScenarioCase(ModelClient& model, const Scenario& scenario, std::ostream& progress);
 
 class CoupledRun {
   public:

@@ -160,6 +160,16 @@ double ModelClient::NodeResult(std::int32_t index) {
     return result.Get<double>(96);
 }
 
+void ModelClient::WriteEquipment(const std::string& path, bool noVariables,
+                                 const std::vector<std::string>& wells) {
+    std::vector<const char*> names;
+    for (const std::string& well : wells) names.push_back(well.c_str());
+    names.push_back(nullptr);
+    if (plugin_.EquipXml(model_, path.c_str(), noVariables ? 1 : 0, wells.empty() ? nullptr : names.data()) !=
+        0)
+        throw RunError("ExtEquipXml could not write the Model document " + path);
+}
+
 void ModelClient::Stop() {
     if (!started_) return;
     started_ = false;

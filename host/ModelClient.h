@@ -53,6 +53,9 @@ class ModelClient {
     void Timestep(CalendarDate target);
     // A node result by its index (0 to 11 field rows, then 14 rows per well); no value is 3.4e35.
     double NodeResult(std::int32_t index);
+    // Has the driver write its Model document (ExtEquipXml) for all wells, or those of `wells`; throws
+    // RunError when it answers that it could not.
+    void WriteEquipment(const std::string& path, bool noVariables, const std::vector<std::string>& wells);
     void Stop();
 
   private:

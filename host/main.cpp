@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 
+#include "equipment/SerializeXML.h"
 #include "host/CoupledRun.h"
 #include "host/MachineSetup.h"
 #include "host/ModelClient.h"
@@ -76,6 +77,52 @@ int Run(const std::string& scenarioPath, std::filesystem::path out, bool userCon
     return status;
 }
 
+// Starts the scenario's case, has the driver write its Model document, reads it back and says what it holds.
+int Equipment(const std::string& scenarioPath, std::filesystem::path out, bool noVariables, bool userConfig,
+              std::string pluginPath) {
+    const host::Scenario scenario = host::ReadScenario(scenarioPath);
+    if (out.empty()) out = std::filesystem::path("rivulet-run") / scenario.file.stem() / "model.xml";
+    out = std::filesystem::absolute(out);
+    if (!userConfig)
+        host::UsePrivateConfiguration(out.parent_path(), ExecutableDir() / "tnav-standin", scenario.cluster);
+    if (pluginPath.empty()) pluginPath = host::Plugin::DefaultPath(nullptr);
+    host::Plugin plugin(pluginPath);
+    try {
+        host::ModelClient model(plugin);
+        host::StartScenarioCase(model, scenario, std::cerr);
+        model.WriteEquipment(out.string(), noVariables, {});
+        model.Stop();
+    } catch (const host::RunError& e) {
+        std::cerr << "rivulet-host: " << e.what() << std::endl;
+        return 1;
+    }
+    rivulet::CXmlModel document;
+    rivulet::CModelXmlReader reader(document);
+    if (!reader.LoadFromFile(out.string())) {
+        std::cerr << "rivulet-host: " << out.string() << " is not a Model document: " << reader.LoadError()
+                  << std::endl;
+        return 1;
+    }
+    std::size_t items = 0, variables = 0, tags = 0;
+    for (std::size_t m = 0; m < document.modules.GetSize(); ++m) {
+        for (std::size_t d = 0; d < document.modules.GetAt(m)->data.GetSize(); ++d) {
+            const auto& equipment = document.modules.GetAt(m)->data.GetAt(d)->equipment;
+            items += equipment.GetSize();
+            for (std::size_t k = 0; k < equipment.GetSize(); ++k) {
+                const auto& list = equipment.GetAt(k)->variables;
+                variables += list.GetSize();
+                for (std::size_t v = 0; v < list.GetSize(); ++v) tags += list.GetAt(v)->tags.GetSize();
+            }
+        }
+    }
+    std::printf(
+        "Model document %s (version %s): %zu equipment items (the field and %zu wells), %zu variables, "
+        "%zu access strings\n",
+        out.string().c_str(), reader.Version().Text().c_str(), items, items > 0 ? items - 1 : 0, variables,
+        tags);
+    return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -100,9 +147,24 @@ int main(int argc, char** argv) {
     std::string casePath = RIVULET_EXAMPLE_DECK;
     probe->add_option("--case", casePath, "the reservoir deck to hand the model");
 
+    CLI::App* equipment = app.add_subcommand(
+        "equipment",
+        "start a scenario's case and write the driver's Model document (its wells and variables)");
+    std::string equipmentScenario;
+    std::string equipmentOut;
+    bool noVariables = false;
+    equipment->add_option("scenario", equipmentScenario, "the scenario file (TOML)")->required();
+    equipment->add_option("--out", equipmentOut,
+                          "the document to write (default: rivulet-run/<scenario name>/model.xml)");
+    equipment->add_flag("--no-variables", noVariables, "list the wells without their variables");
+    equipment->add_flag("--user-config", userConfig,
+                        "use the machine configuration of the user's own store instead of a private one");
+
     CLI11_PARSE(app, argc, argv);
     try {
         if (run->parsed()) return Run(scenario, out, userConfig, pluginPath);
+        if (equipment->parsed())
+            return Equipment(equipmentScenario, equipmentOut, noVariables, userConfig, pluginPath);
         host::Plugin plugin(pluginPath.empty() ? host::Plugin::DefaultPath(argv[0]) : pluginPath);
         return host::RunSession(plugin, casePath);
     } catch (const std::exception& e) {

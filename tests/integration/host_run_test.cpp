@@ -40,10 +40,11 @@ class HostRun : public ::testing::Test {
                                  "[network]\nmanifold_pressure = 500.0\ninjection_pressure = 6000.0\n" +
                                  wellsAndRun);
     }
-    Outcome Host(const fs::path& scenario) {
-        const fs::path out = scratch_.root / "run";
-        const std::string command = std::string(RIVULET_HOST_EXE) + " run '" + scenario.string() +
-                                    "' --out '" + out.string() + "' > '" +
+    Outcome Host(const fs::path& scenario, const std::string& subcommand = "run",
+                 const std::string& outName = "run") {
+        const fs::path out = scratch_.root / outName;
+        const std::string command = std::string(RIVULET_HOST_EXE) + " " + subcommand + " '" +
+                                    scenario.string() + "' --out '" + out.string() + "' > '" +
                                     (scratch_.root / "stdout").string() + "' 2> '" +
                                     (scratch_.root / "stderr").string() + "'";
         Outcome outcome;
@@ -103,6 +104,17 @@ TEST_F(HostRun, AScenarioErrorNamesTheFileAndLine) {
     const Outcome run = Host(Scenario("[run]\nend = \"soon\"\nstep_days = 30\n[[well]]\nname = \"PROD\"\n"));
     EXPECT_EQ(run.status, 1);
     EXPECT_NE(run.err.find("case.toml:6: run.end: expected a date"), std::string::npos) << run.err;
+}
+
+TEST_F(HostRun, EquipmentWritesTheModelDocumentOfTheStartedCase) {
+    const Outcome run = Host(Scenario("[run]\nend = 2015-05-01\nstep_days = 30\n[[well]]\nname = \"PROD\"\n"),
+                             "equipment", "model.xml");
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(run.out.find("(version 1.0.0): 3 equipment items (the field and 2 wells), 66 variables"),
+              std::string::npos)
+        << run.out;
+    EXPECT_NE(Slurp(scratch_.root / "model.xml").find("<Tag>WELL[{INJ}].TARGET.GasRate</Tag>"),
+              std::string::npos);
 }
 
 }  // namespace
