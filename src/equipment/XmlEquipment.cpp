@@ -46,19 +46,43 @@ void Variables(Element* parent, const CExtCollection<CXmlEquipmentVariable>& var
     }
 }
 
-void Equipment(Element* parent, const CExtCollection<CXmlEquipmentItem>& equipment) {
-    Element* list = new Element(parent, "Equipment");
-    for (std::size_t k = 0; k < equipment.GetSize(); ++k) {
-        const CXmlEquipmentItem& item = *equipment.GetAt(k);
-        Element* element = new Element(list, "EquipmentItem");
-        Text(element, "Label", item.label);
-        Text(element, "Type", item.type);
-        Text(element, "SubType", item.subType);
-        Relatives(element, "Children", "Child", item.children);
-        Relatives(element, "Parents", "Parent", item.parents);
-        Variables(element, item.variables);
-    }
+void EquipmentItem(Element* element, const CXmlEquipmentItem& item) {
+    Text(element, "Label", item.label);
+    Text(element, "Type", item.type);
+    Text(element, "SubType", item.subType);
+    Relatives(element, "Children", "Child", item.children);
+    Relatives(element, "Parents", "Parent", item.parents);
+    Variables(element, item.variables);
 }
+
+// "Equipment" builds the elements of one item at a time while it is written, so that a model of ten
+// thousand wells never holds the elements of its whole document (some two million) at once. The bytes are
+// those of the element with all its items as children.
+class EquipmentElement : public Element {
+  public:
+    EquipmentElement(Element* parent, const CExtCollection<CXmlEquipmentItem>& items)
+        : Element(parent, "Equipment"), items_(items) {}
+
+    void Write(std::ostream& out, CXMLDocument& document, bool indent) const override {
+        if (items_.IsEmpty()) {
+            Element::Write(out, document, indent);
+            return;
+        }
+        out << document.IndentText(indent) << '<' << name << ">\n";
+        ++document.indentDepth;
+        for (std::size_t k = 0; k < items_.GetSize(); ++k) {
+            Element element(nullptr, "EquipmentItem");
+            element.parent = const_cast<EquipmentElement*>(this);
+            EquipmentItem(&element, *items_.GetAt(k));
+            element.Write(out, document, true);
+        }
+        --document.indentDepth;
+        out << document.IndentText(indent) << "</" << name << ">\n";
+    }
+
+  private:
+    const CExtCollection<CXmlEquipmentItem>& items_;
+};
 
 void ModuleData(Element* parent, const CXmlModuleData& data) {
     Element* element = new Element(parent, "ModuleDataItem");
@@ -70,7 +94,7 @@ void ModuleData(Element* parent, const CXmlModuleData& data) {
     Text(element, "UniqueId", data.uniqueId);
     Element* system = Text(element, "System", data.system);
     if (!data.systemType.empty()) new Element(system, Element::kAttribute, "SystemType", data.systemType);
-    Equipment(element, data.equipment);
+    new EquipmentElement(element, data.equipment);
 }
 
 }  // namespace
