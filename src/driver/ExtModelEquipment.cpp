@@ -56,8 +56,8 @@ std::int32_t CExtModel::GetEquipment(CXmlModel* model, bool noVariables,
 
     const TNavUnitSystem& units = Reservoir->units;
     CXmlEquipmentItem* field = AddItem(*data, "Field", "Field", "Field");
-    for (const EquipVarSpec& spec : FieldVariableTable(units))
-        AddVariable(*field, spec, "FIELD." + spec.tag, "");
+    for (const EquipVarSpec& row : FieldVariableTable(units))
+        AddVariable(*field, row, "FIELD." + row.tag, "");
 
     const std::vector<EquipVarSpec> wellTable = WellVariableTable(units);
     const std::vector<EquipVarSpec> componentTable = ComponentVariableTable(units);
@@ -69,14 +69,14 @@ std::int32_t CExtModel::GetEquipment(CXmlModel* model, bool noVariables,
         CXmlEquipmentItem* item = AddItem(*data, well.name, "Well", WellSubType(well));
         if (noVariables) continue;
         const std::string prefix = "WELL[{" + well.name + "}].";
-        for (const EquipVarSpec& spec : wellTable) AddVariable(*item, spec, prefix + spec.tag, "");
-        for (const EquipVarSpec& spec : componentTable) {
+        for (const EquipVarSpec& row : wellTable) AddVariable(*item, row, prefix + row.tag, "");
+        for (const EquipVarSpec& row : componentTable) {
             CXmlEquipmentVariable* variable = nullptr;
             for (const std::string& component : components) {
-                std::string tag = prefix + spec.tag;
+                std::string tag = prefix + row.tag;
                 ReplaceAll(tag, "?", component);
                 if (variable == nullptr) {
-                    variable = AddVariable(*item, spec, tag, component);
+                    variable = AddVariable(*item, row, tag, component);
                 } else {
                     variable->tags.Add(new CXmlVariableTSTag{tag, component});
                 }

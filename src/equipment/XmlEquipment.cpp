@@ -103,12 +103,12 @@ EquipVarSpec::EquipVarSpec(const std::string& name, const std::string& variableT
                            const std::string& unitWord, bool canWrite)
     : displayName(Trimmed(name)), tag(Trimmed(variableTag)), unit(Trimmed(unitWord)), writeable(canWrite) {}
 
-CXmlEquipmentVariable* AddVariable(CXmlEquipmentItem& item, const EquipVarSpec& spec, const std::string& tag,
+CXmlEquipmentVariable* AddVariable(CXmlEquipmentItem& item, const EquipVarSpec& row, const std::string& tag,
                                    const std::string& qualifier) {
     auto* variable = new CXmlEquipmentVariable;
-    variable->label = spec.displayName;
-    variable->unit = spec.unit;
-    variable->writeable = spec.writeable;
+    variable->label = row.displayName;
+    variable->unit = row.unit;
+    variable->writeable = row.writeable;
     variable->tags.Add(new CXmlVariableTSTag{tag, qualifier});
     item.variables.Add(variable);
     return variable;

@@ -73,8 +73,8 @@ struct EquipVarSpec {
     bool writeable;
 };
 
-// Adds a variable of `spec` to `item` with one tag and its qualifier.
-CXmlEquipmentVariable* AddVariable(CXmlEquipmentItem& item, const EquipVarSpec& spec, const std::string& tag,
+// Adds the variable of a published row to `item` with one tag and its qualifier.
+CXmlEquipmentVariable* AddVariable(CXmlEquipmentItem& item, const EquipVarSpec& row, const std::string& tag,
                                    const std::string& qualifier);
 
 // Writes the Model document of `model` to `path`. False when the file cannot be opened (the reason in
