@@ -1,6 +1,7 @@
 // The equipment description that ExtEquipXml writes: one module for the case, the field, and each well with
 // the variables Conflux may read and write by access string.
-#include <algorithm>
+#include <string>
+#include <unordered_set>
 
 #include "driver/ExtModel.h"
 #include "equipment/EquipmentTables.h"
@@ -62,10 +63,9 @@ std::int32_t CExtModel::GetEquipment(CXmlModel* model, bool noVariables,
     const std::vector<EquipVarSpec> wellTable = WellVariableTable(units);
     const std::vector<EquipVarSpec> componentTable = ComponentVariableTable(units);
     const std::vector<std::string>& components = Reservoir->fluid.hcNames;
+    const std::unordered_set<std::string> wanted(wellFilter.begin(), wellFilter.end());
     for (const WellData& well : Reservoir->wells) {
-        if (!wellFilter.empty() &&
-            std::find(wellFilter.begin(), wellFilter.end(), well.name) == wellFilter.end())
-            continue;
+        if (!wanted.empty() && wanted.count(well.name) == 0) continue;
         CXmlEquipmentItem* item = AddItem(*data, well.name, "Well", WellSubType(well));
         if (noVariables) continue;
         const std::string prefix = "WELL[{" + well.name + "}].";

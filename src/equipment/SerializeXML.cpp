@@ -118,24 +118,12 @@ std::string CSerializeXML::ChildText(pugi::xml_node node, const char* name) {
     return node.child(name).text().as_string();
 }
 
-std::int32_t CSerializeXML::ChildInt(pugi::xml_node node, const char* name) {
-    return node.child(name).text().as_int();
-}
-
-double CSerializeXML::ChildReal(pugi::xml_node node, const char* name) {
-    return node.child(name).text().as_double();
-}
-
 bool CSerializeXML::ChildBool(pugi::xml_node node, const char* name) {
     return strcasecmp(node.child(name).text().as_string(), "true") == 0;
 }
 
 double CSerializeXML::ChildDate(pugi::xml_node node, const char* name) {
     return ParseXmlDate(ChildText(node, name));
-}
-
-VersionRecord CSerializeXML::ChildVersion(pugi::xml_node node, const char* name) {
-    return VersionRecord::FromText(ChildText(node, name));
 }
 
 bool CModelXmlReader::OnLoad(pugi::xml_node root) {

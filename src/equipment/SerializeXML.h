@@ -45,14 +45,11 @@ class CSerializeXML {
 
     // The DOM's words for a node type: "ELEMENT", "TEXT", "PROCESSING_INSTRUCTION", ...
     static const char* NodeTypeName(pugi::xml_node_type type);
-    // Named child elements read as text, integer, real, boolean ("true" in any case), date (3.4e35 when it
-    // does not fit) or version; the empty text, 0 or false when missing.
+    // Named child elements read as text, boolean ("true" in any case) or date (3.4e35 when it does not fit);
+    // the empty text or false when missing.
     static std::string ChildText(pugi::xml_node node, const char* name);
-    static std::int32_t ChildInt(pugi::xml_node node, const char* name);
-    static double ChildReal(pugi::xml_node node, const char* name);
     static bool ChildBool(pugi::xml_node node, const char* name);
     static double ChildDate(pugi::xml_node node, const char* name);
-    static VersionRecord ChildVersion(pugi::xml_node node, const char* name);
 
   protected:
     bool Loaded(const pugi::xml_parse_result& result);
