@@ -21,17 +21,13 @@ FluidRegion LiveOil() {
     return f;
 }
 
-TEST(Fluid, SaturatedOilFollowsTheBubblePointCurve) {
+TEST(Fluid, LiveOilFollowsTheBubblePointCurveAndShrinksAboveIt) {
     const FluidRegion f = LiveOil();
     EXPECT_DOUBLE_EQ(SaturatedRs(f, 150.0), 15.0);
     const OilProps sat = Oil(f, 150.0, 99.0);  // more gas than the oil can hold
     EXPECT_DOUBLE_EQ(sat.rs, 15.0);
     EXPECT_DOUBLE_EQ(sat.bo, 1.15);
     EXPECT_DOUBLE_EQ(sat.mu, 1.5);
-}
-
-TEST(Fluid, UndersaturatedOilShrinksAlongTheBranch) {
-    const FluidRegion f = LiveOil();
     const OilProps us = Oil(f, 250.0, 15.0);  // bubble point 150, 100 above it
     EXPECT_DOUBLE_EQ(us.rs, 15.0);
     EXPECT_NEAR(us.bo, 1.15 * 0.95, 1e-12);
@@ -39,24 +35,17 @@ TEST(Fluid, UndersaturatedOilShrinksAlongTheBranch) {
     EXPECT_LT(Oil(f, 300.0, 15.0).bo, us.bo);
 }
 
-TEST(Fluid, GasInterpolatesReciprocals) {
-    const FluidRegion f = LiveOil();
+TEST(Fluid, GasWaterAndRock) {
+    FluidRegion f = LiveOil();
     EXPECT_DOUBLE_EQ(Gas(f, 100.0).b, 0.02);
     EXPECT_NEAR(Gas(f, 150.0).b, 1.0 / 75.0, 1e-12);  // 1/Bg halfway between 50 and 100
     EXPECT_NEAR(Gas(f, 200.0).mu, 0.02, 1e-12);
-}
-
-TEST(Fluid, WaterAndRockCompress) {
-    const FluidRegion f = LiveOil();
     EXPECT_DOUBLE_EQ(Water(f, 150.0).b, 1.01);
     EXPECT_DOUBLE_EQ(Water(f, 150.0).mu, 0.5);
     EXPECT_LT(Water(f, 250.0).b, 1.01);
     EXPECT_DOUBLE_EQ(PoreVolumeMultiplier(f, 150.0), 1.0);
     EXPECT_NEAR(PoreVolumeMultiplier(f, 250.0), 1.0 + 0.1 + 0.005, 1e-12);
-}
-
-TEST(Fluid, OnlyWetGasCarriesOil) {
-    FluidRegion f = LiveOil();
+    // Only wet gas carries oil.
     EXPECT_EQ(SaturatedRv(f, 150.0), 0.0);
     f.wet_gas = true;
     f.vaporized = Table{{100.0, 200.0}, {{1e-4, 3e-4}}};
