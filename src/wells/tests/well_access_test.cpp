@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 
 #include "dataserver/ExtDataServerTag.h"
 #include "dataserver/FluidProperties.h"
@@ -12,8 +13,7 @@ namespace {
 
 struct Answer {
     std::int32_t recognised;
-    std::string value;
-    std::string error;
+    std::string value, error;
 };
 
 // `path` is what follows the well's key, such as "TARGET.Status".
@@ -34,61 +34,44 @@ FluidProperties Compositional() {
     fluid.eosNames = {"PR", "PR"};
     fluid.SetHcNames({"C1", "CO2"});
     fluid.waterDensities = {64.49};
-    for (int r = 1; r <= 2; ++r)
-        for (int p = 0; p < fluid.propertyCount; ++p)
-            for (int c = 0; c < 2; ++c)
-                fluid.componentProperties[static_cast<std::size_t>(2 * (r - 1) * fluid.propertyCount + 2 * p +
-                                                                   c)] = 100 * r + 10 * p + c;
+    const int perRegion = 2 * fluid.propertyCount;
+    for (int k = 0; k < 2 * perRegion; ++k)
+        fluid.componentProperties[static_cast<std::size_t>(k)] =
+            100 * (k / perRegion + 1) + 10 * (k % perRegion / 2) + k % 2;
     return fluid;
 }
 
-class WellAccess : public ::testing::Test {
-  protected:
-    // 'U' a well of no type whose stream has not been read; 'P' an open producer asked for 800 STB/day at
-    // 1500 psia at least; 'I' an open injector asked for 500 of water; 'V' the producer under the network.
-    WellData Well(char kind) const {
-        WellData well(&fluid_);
-        well.name = "P-1";
-        if (kind == 'U') return well;
-        well.SetWellStatus(kind == 'I' ? kStatusOpenInjector : kStatusOpenProducer);
-        well.eosRegion = 2;
-        well.pvtRegion = 1;
-        well.vaneRateControl = kControlLiquid;
-        WellRateRecord& r = kind == 'I' ? well.injectionRecord : well.productionRecord;
-        r[WellRateRecord::kWater] = -4.0;  // a negative rate reads as none
-        r[WellRateRecord::kOil] = 1500.0;
-        r[WellRateRecord::kRcLiquid] = 1700.0;
-        r[WellRateRecord::kCumWater] = 300.0;
-        r[WellRateRecord::kCumOil] = 9000.0;
-        r[WellRateRecord::kOilDensity] = 50.0;  // the well's own density comes first
-        well.composition.SetWaterCount(1);
-        well.composition.SetHcCount(2);
-        // Blocks of water, C1, CO2: liquid rate, gas rate, cumulative liquid, cumulative gas.
-        well.composition.componentParams = {0, 1, 2, 0, 3, 4, 0, 5, 6, 0, 7, 8};
-        well.composition.rateFractions = {0.3, 0.7};
-        well.composition.cumFractions = {0.4, 0.6};
-        if (kind == 'I') {
-            well.target.WaterRate = 500.0;
-        } else {
-            well.target.OilRate = 800.0;
-            well.target.Bhp = 1500.0;
-        }
-        std::string warning;
-        if (kind == 'V') well.SetUnderVaneControl(warning);
-        return well;
-    }
+const FluidProperties kFluid = Compositional();
 
-    FluidProperties fluid_ = Compositional();
-};
+// 'U' a well of no type whose stream has not been read; 'P' an open producer asked for 800 STB/day at 1500
+// psia at least; 'I' an open injector asked for 500 of water; 'V' the producer under the network.
+WellData Well(char kind) {
+    WellData well(&kFluid);
+    well.name = "P-1";
+    if (kind == 'U') return well;
+    well.SetWellStatus(kind == 'I' ? kStatusOpenInjector : kStatusOpenProducer);
+    well.eosRegion = 2, well.pvtRegion = 1, well.vaneRateControl = kControlLiquid;
+    WellRateRecord& r = kind == 'I' ? well.injectionRecord : well.productionRecord;
+    r[WellRateRecord::kWater] = -4.0;  // a negative rate reads as none
+    r[WellRateRecord::kOil] = 1500.0, r[WellRateRecord::kRcLiquid] = 1700.0;
+    r[WellRateRecord::kCumWater] = 300.0, r[WellRateRecord::kCumOil] = 9000.0;
+    r[WellRateRecord::kOilDensity] = 50.0;  // the well's own density comes first
+    well.composition.SetWaterCount(1);
+    well.composition.SetHcCount(2);
+    // Blocks of water, C1, CO2: liquid rate, gas rate, cumulative liquid, cumulative gas.
+    well.composition.componentParams = {0, 1, 2, 0, 3, 4, 0, 5, 6, 0, 7, 8};
+    well.composition.rateFractions = {0.3, 0.7};
+    well.composition.cumFractions = {0.4, 0.6};
+    if (kind == 'I') well.target.WaterRate = 500.0;
+    if (kind != 'I') well.target.OilRate = 800.0, well.target.Bhp = 1500.0;
+    std::string warning;
+    if (kind == 'V') well.SetUnderVaneControl(warning);
+    return well;
+}
 
-TEST_F(WellAccess, ReadsAnswerInTheModelsUnitsWithTheirWordsAndMessages) {
-    struct Row {
-        char kind;
-        const char* path;
-        std::int32_t recognised;
-        const char* value;
-        const char* error;
-    };
+TEST(WellAccess, ReadsAnswerInTheModelsUnitsWithTheirWordsAndMessages) {
+    // The well's kind, the path, whether it was recognised, the value and the error.
+    using Row = std::tuple<char, const char*, std::int32_t, const char*, const char*>;
     const Row rows[] = {
         {'P', "IsOpen", 1, "1", ""},
         {'I', "isinjector", 1, "1", ""},  // names ignore case
@@ -118,28 +101,23 @@ TEST_F(WellAccess, ReadsAnswerInTheModelsUnitsWithTheirWordsAndMessages) {
         {'P', "SetWellType", 0, "", ""},  // a name for writes only
         {'P', "HcComponent[0].Bhp", 0, "", ""},
     };
-    for (const Row& row : rows) {
-        WellData well = Well(row.kind);
-        const Answer answer = Access(well, row.path);
-        EXPECT_EQ(answer.recognised, row.recognised) << row.path;
-        EXPECT_EQ(answer.value, row.value) << row.path;
-        EXPECT_EQ(answer.error, row.error) << row.path;
+    for (const auto& [kind, path, recognised, value, error] : rows) {
+        WellData well = Well(kind);
+        const Answer answer = Access(well, path);
+        EXPECT_EQ(std::tie(answer.recognised, answer.value, answer.error),
+                  std::tuple(recognised, value, error))
+            << path;
     }
     WellData bare;
     EXPECT_EQ(Access(bare, "HcComponent[0].Name").error,
               "No compositional fluid description been assigned to this well.");
 }
 
-TEST_F(WellAccess, WritesFollowTheirRulesAndTakeTheWellFromTheNetworkOnlyWhenTheyHold) {
-    struct Row {
-        char kind;
-        const char* path;
-        const char* value;
-        std::int32_t recognised;
-        const char* error;
-        const char* readBack;  // a variable that shows what the write did, and its value after it
-        const char* readValue;
-    };
+TEST(WellAccess, WritesFollowTheirRulesAndTakeTheWellFromTheNetworkOnlyWhenTheyHold) {
+    // The well's kind, the path and value written, whether it was recognised, the error, and a variable
+    // that shows what the write did with its value after it.
+    using Row =
+        std::tuple<char, const char*, const char*, std::int32_t, const char*, const char*, const char*>;
     const Row rows[] = {
         {'U', "SetWellType", "producer", 1, "", "WellType", "Producer"},
         {'I', "SETWELLTYPE", "Producer", 1, "A well type can only be changed if currently Undefined.",
@@ -173,13 +151,12 @@ TEST_F(WellAccess, WritesFollowTheirRulesAndTakeTheWellFromTheNetworkOnlyWhenThe
         {'U', "HcComponent[1].X", "0", 1, "iHcComponentIndex 1  exceeds the HcComponentCount (0).", "IsOpen",
          "0"},
     };
-    for (const Row& row : rows) {
-        WellData well = Well(row.kind);
-        const Answer answer = Access(well, row.path, row.value);
-        EXPECT_EQ(answer.recognised, row.recognised) << row.path;
-        EXPECT_EQ(answer.error, row.error) << row.path;
-        EXPECT_EQ(Access(well, row.readBack).value, row.readValue) << row.path;
-        EXPECT_EQ(well.underTapServerControl, row.recognised == 1 && *row.error == '\0') << row.path;
+    for (const auto& [kind, path, value, recognised, error, readBack, readValue] : rows) {
+        WellData well = Well(kind);
+        const Answer answer = Access(well, path, value);
+        EXPECT_EQ(std::tie(answer.recognised, answer.error), std::tuple(recognised, error)) << path;
+        EXPECT_EQ(Access(well, readBack).value, readValue) << path;
+        EXPECT_EQ(well.underTapServerControl, recognised == 1 && *error == '\0') << path;
     }
 
     WellData injector = Well('U');

@@ -1,4 +1,5 @@
-// Who controls a well, and the targets an operating point from the network gives it.
+// Who controls a well, the targets an operating point from the network gives it, and the sampling of inflow
+// tables: rate grids, curve interpolation, minimum rates and the control phase.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -11,6 +12,7 @@
 #include "ScriptedObjects.h"
 #include "dataserver/TNavUnitSystem.h"
 #include "session/WellRequester.h"
+#include "wells/IprSampling.h"
 #include "wells/WellControl.h"
 #include "wells/WellList.h"
 
@@ -18,6 +20,12 @@ namespace rivulet {
 namespace {
 
 using tnavscripted::Script;
+
+TNavUnitSystem Field() {
+    TNavUnitSystem units;
+    units.SetUp("FIELD");
+    return units;
+}
 
 WellData Well(const std::string& name, std::int32_t type, std::int32_t control = kControlUnset) {
     WellData well;
@@ -51,7 +59,7 @@ TEST_F(WellConnection, ThePhaseGivesTheControlAndANetworkInjectorIsOpenedUnlessI
                                          {3, kControlLiquid},  {4, kControlGas},   {5, kControlGas}};
     for (const auto& [phase, control] : table) {
         ASSERT_TRUE(Connect(0, kNetworkProducer, phase)) << error_;
-        EXPECT_EQ(wells_[0].vaneRateControl, control) << "phase " << phase;
+        EXPECT_EQ(wells_[0].vaneRateControl, control) << phase;
     }
     EXPECT_TRUE(Connect(1, kNetworkInjector, 1));  // already an injector
     EXPECT_TRUE(Connect(3, kNetworkProducer, 1));  // one past the last well connects nothing
@@ -99,10 +107,8 @@ TEST(WellControls, InjectorsWithoutControlTakeItFromTheirOnePhaseAndChangedPhase
     for (const auto& c : cases) {
         WellData well = Well("W", c.type, c.control);
         WellRateRecord& record = c.type == kWellProducer ? well.productionRecord : well.injectionRecord;
-        record[WellRateRecord::kGas] = c.gas;
-        record[WellRateRecord::kWater] = c.water;
-        well.targetStatus = c.status;
-        well.injectionPhase = kPhaseWater;
+        record[WellRateRecord::kGas] = c.gas, record[WellRateRecord::kWater] = c.water;
+        well.targetStatus = c.status, well.injectionPhase = kPhaseWater;
         wells.Add(well);
     }
     EXPECT_EQ(SettleInjectorPhases(wells), (std::vector<int>{0, 5}));
@@ -124,8 +130,6 @@ using Limits = std::array<double, 4>;  // gas, oil, water, liquid
 
 class OperatingPoints : public ::testing::Test {
   protected:
-    void SetUp() override { field_.SetUp("FIELD"); }
-
     // Gas 1 MMscf/day, oil 60 and water 40 STB/day: 1781 scf per standard barrel.
     static NodeOperatingPoint Point(double gas = 1.0, double oil = 60.0, double water = 40.0) {
         return {oil, water, gas};
@@ -135,7 +139,7 @@ class OperatingPoints : public ::testing::Test {
     }
     static Limits Of(const OperatingPoint& t) { return {t.GasRate, t.OilRate, t.WaterRate, t.LiquidRate}; }
 
-    TNavUnitSystem field_;
+    const TNavUnitSystem field_ = Field();
     std::string error_;
 };
 
@@ -149,12 +153,10 @@ TEST_F(OperatingPoints, ThePointConnectsTheWellAndGivesItsEfficiencyAndStatus) {
                                                                 {1.5, 1.0, true, -1, kStatusShut},
                                                                 {0.0, 1.0, true, 0, kStatusStop}};
     for (const auto& [downtime, efficiency, mask, kind, status] : cases) {
-        point.downtime = downtime;
-        point.maskFlag = mask;
-        point.maskKind = kind;
+        point.downtime = downtime, point.maskFlag = mask, point.maskKind = kind;
         ASSERT_TRUE(Set(well, point)) << error_;
-        EXPECT_EQ(well.target.Efficiency, efficiency) << downtime;
-        EXPECT_EQ(well.targetStatus, status) << kind;
+        EXPECT_EQ(std::tuple(well.target.Efficiency, well.targetStatus), std::tuple(efficiency, status))
+            << kind;
     }
     EXPECT_FALSE(well.underTapServerControl);
 }
@@ -193,6 +195,14 @@ TEST_F(OperatingPoints, EachRouteWritesOnlyTheLimitsItChooses) {
     EXPECT_EQ(error_, "setVaneProductionTarget(): The well <P3> has an invalid Vane control.");
     EXPECT_FALSE(Set(invalid, Point(), 4));
     EXPECT_EQ(error_, "SetOpPt(): The well <P3> has an invalid rate control type <4>.");
+
+    // An open well needs at least one limit. Without a unit system every conversion of a positive rate
+    // comes out negative.
+    WellData water = Well("P1", kWellProducer, kControlWater);
+    EXPECT_FALSE(SetOpPtUnlocked(water, Point(), {}, TNavUnitSystem(), false, error_));
+    EXPECT_EQ(error_, "SetOpPt(): A valid rate/pressure constraint for the well <P1> was not set.");
+    water.target.Bhp = 100.0;
+    EXPECT_TRUE(SetOpPtUnlocked(water, Point(), {}, TNavUnitSystem(), false, error_));
 }
 
 TEST_F(OperatingPoints, AnInjectorTakesItsOwnSinglePhaseRouteWhateverTheRateControl) {
@@ -202,8 +212,7 @@ TEST_F(OperatingPoints, AnInjectorTakesItsOwnSinglePhaseRouteWhateverTheRateCont
     point.temperature = 212.0;
     ASSERT_TRUE(Set(well, point, kRateByGlr)) << error_;
     EXPECT_EQ(Of(well.target), (Limits{-1, -1, 40, -1}));
-    EXPECT_EQ(well.target.Temperature, 212.0);
-    EXPECT_EQ(well.targetStatus, kStatusOpenInjector);
+    EXPECT_EQ(std::tuple(well.target.Temperature, well.targetStatus), std::tuple(212.0, kStatusOpenInjector));
 
     EXPECT_FALSE(SetOpPtGlr(well, point, 587.0, field_, error_));
     EXPECT_EQ(error_,
@@ -225,23 +234,13 @@ TEST_F(OperatingPoints, AnInjectorTakesItsOwnSinglePhaseRouteWhateverTheRateCont
     }
 }
 
-TEST_F(OperatingPoints, AnOpenWellNeedsAtLeastOneLimit) {
-    // Without a unit system every conversion of a positive rate comes out negative.
-    WellData well = Well("P1", kWellProducer, kControlWater);
-    EXPECT_FALSE(SetOpPtUnlocked(well, Point(), {}, TNavUnitSystem(), false, error_));
-    EXPECT_EQ(error_, "SetOpPt(): A valid rate/pressure constraint for the well <P1> was not set.");
-    well.target.Bhp = 100.0;
-    EXPECT_TRUE(SetOpPtUnlocked(well, Point(), {}, TNavUnitSystem(), false, error_));
-}
-
 TEST_F(OperatingPoints, AGasInjectorOfACompositionalModelTakesTheInjectedComposition) {
     WellData well = Well("I1", kWellInjector, kControlGas);
     well.composition.SetHcCount(3);
     const std::vector<double> none(3, 0.0);
     const double fractions[] = {0.7, 0.2, 0.1};
     NodeOperatingPoint point = Point();
-    point.moleFractions = fractions;
-    point.componentCount = 3;
+    point.moleFractions = fractions, point.componentCount = 3;
     ASSERT_TRUE(Set(well, point)) << error_;
     EXPECT_EQ(well.composition.rateFractions, (std::vector<double>{0.7, 0.2, 0.1}));
 
@@ -252,13 +251,11 @@ TEST_F(OperatingPoints, AGasInjectorOfACompositionalModelTakesTheInjectedComposi
     ASSERT_TRUE(Set(well, point)) << error_;
     EXPECT_EQ(well.composition.rateFractions, none);
 
-    point.gasRate = 1.0;
-    point.componentCount = 4;
+    point.gasRate = 1.0, point.componentCount = 4;
     EXPECT_FALSE(Set(well, point));
     EXPECT_EQ(error_, "iHcComponentIndex 3  exceeds the HcComponentCount (3).");
     const double bad[] = {0.5, 1.5, 0.0};
-    point.moleFractions = bad;
-    point.componentCount = 3;
+    point.moleFractions = bad, point.componentCount = 3;
     EXPECT_FALSE(Set(well, point));
     EXPECT_EQ(error_, "Mole Fraction value (1.5) must lie in the range 0.0 to 1.0 (inclusive).");
 
@@ -268,6 +265,99 @@ TEST_F(OperatingPoints, AGasInjectorOfACompositionalModelTakesTheInjectedComposi
     well.vaneRateControl = kControlDefault;
     EXPECT_FALSE(Set(well, point));
     EXPECT_EQ(well.composition.rateFractions, none);
+}
+
+TEST(InterpolateCurve, BracketsExtendsAndAveragesInEitherDirection) {
+    const double up[] = {0.0, 10.0, 20.0}, upY[] = {100.0, 80.0, 40.0};
+    const double down[] = {20.0, 10.0, 0.0}, downY[] = {40.0, 80.0, 100.0};
+    const double close[] = {0.0, 1.0, 1.000001, 2.0}, closeY[] = {0.0, 10.0, 30.0, 40.0};
+    const double one[] = {5.0}, oneY[] = {7.0};
+    // y, x, n, q, answer
+    const std::tuple<const double*, const double*, int, double, double> cases[] = {
+        {upY, up, 3, 5.0, 90.0},      {upY, up, 3, 10.0, 80.0},
+        {upY, up, 3, 25.0, 20.0},     {upY, up, 3, -5.0, 110.0},  // beyond the last, before the first
+        {downY, down, 3, 15.0, 60.0}, {downY, down, 3, -5.0, 110.0},
+        {downY, down, 3, 25.0, 20.0}, {closeY, close, 4, 1.0000005, 20.0},  // x closer than 1e-5: mean
+        {oneY, one, 1, 42.0, 7.0},    {oneY, one, 0, 5.0, -1.0},
+        {nullptr, one, 1, 5.0, -1.0},
+    };
+    for (const auto& [y, x, n, q, answer] : cases)
+        EXPECT_NEAR(InterpolateCurve(y, x, n, q), answer, 1e-9) << "n " << n << " q " << q;
+}
+
+TEST(GeometricRates, StepsGrowByAlphaAndALongGridKeepsAShortFirstStep) {
+    std::vector<double> rates = {-1.0};
+    ASSERT_TRUE(GeometricRates(3, 2.0, 0.0, 30.0, rates));  // steps 10 and 20, appended
+    EXPECT_EQ(rates, (std::vector<double>{-1.0, 0.0, 10.0, 30.0}));
+    EXPECT_FALSE(GeometricRates(1, 1.0, 0.0, 1.0, rates));
+    EXPECT_FALSE(GeometricRates(15, 0.0, 0.0, 1.0, rates));
+    EXPECT_EQ(rates.size(), 4u);
+}
+
+// IprAlpha 3 (equal spacing) over 0.1 to 1500.1 Mscf/day: the steps are 1500 / 14, but the first is
+// 1500 / 15 = 100, so the second rate is 100.1 and the third 0.1 + 3000 / 14 = 214.385714...
+TEST(IprSampleSet, RowsRunFromTheMinimumToTheCappedMaximumGasOilWater) {
+    IprSampleSet set(1.0, Field());
+    EXPECT_DOUBLE_EQ(set.gasCap, 100000.0);  // 100 MMscf/day in Mscf/day
+    EXPECT_DOUBLE_EQ(set.liquidCap, 100000.0);
+    const PhaseRateTable maxRates = {{0.0, 0.0, 1500.1}, {50.0, 250000.0, 0.0}, {0.0, 0.0, 0.0}};
+    const PhaseRateTable minRates = {{0.0, 0.0, 0.1}, {10.0, 10.0, 0.0}, {0.0, 0.0, 0.0}};
+    std::string error;
+    ASSERT_TRUE(set.AddRows(maxRates, minRates, error)) << error;
+
+    EXPECT_EQ(set.rowWells, (std::vector<std::int32_t>{0, 1, 1}));
+    EXPECT_EQ(set.rowPhases, (std::vector<std::int32_t>{2, 1, 0}));
+    ASSERT_EQ(set.rates.size(), 45u);
+    EXPECT_EQ(set.bhps, std::vector<double>(45, 0.0));
+    // Rows of 15: the gas grid, the oil grid ending at the cap, the gas grid of the second well.
+    const std::size_t at[] = {0, 1, 2, 14, 15, 29, 44};
+    const double rate[] = {0.1, 100.1, 214.3857142857143, 1500.1, 10.0, 100000.0, 50.0};
+    for (int k = 0; k < 7; ++k) EXPECT_NEAR(set.rates[at[k]], rate[k], 1e-9) << at[k];
+    // The maxima stay as they were, for the control phase; a well without flow adds no entry.
+    EXPECT_EQ(set.maxOil, (std::vector<double>{0.0, 250000.0}));
+    EXPECT_EQ(set.maxGas.size(), 2u);
+
+    EXPECT_FALSE(set.AddRows(maxRates, PhaseRateTable(2), error));
+    EXPECT_EQ(error, "Internal error: there was a mismatch of max and min phase rates.");
+}
+
+TEST(SetMinRates, HalfTheMaximumCappedForEveryPhaseOrTheInjectedOneOnly) {
+    WellList wells;
+    for (std::int32_t type : {kWellProducer, kWellInjector, kWellInjector, kWellUndefined}) {
+        wells.Add(WellData());
+        wells[wells.Count() - 1].wellType = type;
+    }
+    // Caps: 0.1 Mscf/day of gas, 10 STB/day of liquid.
+    const PhaseRateTable maxRates = {{30.0, 4.0, 0.15},   // producer: each phase
+                                     {50.0, 50.0, 50.0},  // injector: ties go to gas
+                                     {50.0, 50.0, 10.0},  // then to oil
+                                     {4e-5, 0.0, 3e-5}};  // all tiny: none
+    PhaseRateTable minRates(4, {-1.0, -1.0, -1.0});
+    std::string error;
+    ASSERT_TRUE(SetMinRates(wells, maxRates, minRates, 0.1, 10.0, error)) << error;
+    const PhaseRateTable expected = {{10.0, 2.0, 0.075}, {0.0, 0.0, 0.1}, {0.0, 10.0, 0.0}, {0.0, 0.0, 0.0}};
+    EXPECT_EQ(minRates, expected);
+
+    PhaseRateTable three(3);
+    EXPECT_FALSE(SetMinRates(wells, maxRates, three, 0.1, 10.0, error));
+    EXPECT_EQ(error, "Internal error: there was a mismatch of max and min phase rates.");
+    EXPECT_FALSE(SetMinRates(wells, three, three, 0.1, 10.0, error));
+    EXPECT_EQ(error,
+              "Internal error: there was a mismatch of max and min phase rates to the number of wells.");
+    PhaseRateTable none;
+    EXPECT_TRUE(SetMinRates(WellList(), none, none, 0.1, 10.0, error));
+}
+
+TEST(ChooseControlPhase, GasAloneOrAboveTheRatioElseTheLargerLiquid) {
+    IprSampleSet set(1.6, Field());
+    // Mscf/day of gas and STB/day of oil and water per well; gas to liquid 0.012 and 0.011 MMscf/STB
+    // fall either side of 0.01123.
+    set.maxGas = {0.0, 5000.0, 12000.0, 11000.0, 0.0, 0.0};
+    set.maxOil = {0.0, 0.0, 1000.0, 1000.0, 100.0, 99.0};
+    set.maxWater = {0.0, 0.0, 0.0, 0.0, 100.0, 100.0};
+    const int expected[] = {3, 2, 2, 1, 1, 0, 3};  // the last well has no entry
+    for (int well = 0; well < 7; ++well)
+        EXPECT_EQ(ChooseControlPhase(set, well, Field()), expected[well]) << well;
 }
 
 }  // namespace
