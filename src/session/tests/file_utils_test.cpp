@@ -1,17 +1,10 @@
 #include "session/FileUtils.h"
 
-#include <gtest/gtest.h>
-#include <unistd.h>
-
 #include <array>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <optional>
-#include <string>
 #include <tuple>
-#include <vector>
+
+#include "session/tests/SessionFixture.h"
 
 namespace rivulet {
 namespace {
@@ -29,10 +22,10 @@ TEST(FileUtils, SplitsPathsAndNames) {
         EXPECT_EQ(FileUtils::SplitCasePath(path, gotDirectory, gotName), split) << path;
         EXPECT_EQ(gotDirectory + "|" + gotName, directory + "|" + name) << path;
     }
-    using Parts = std::array<std::string, 3>;
+    using Pieces = std::array<std::string, 3>;
     for (const auto& [name, base, extension] :
-         {Parts{"case.data", "case", "data"}, Parts{".profile", ".profile", ""},
-          Parts{"a.b.c", "a.b", "c"}}) {
+         {Pieces{"case.data", "case", "data"}, Pieces{".profile", ".profile", ""},
+          Pieces{"a.b.c", "a.b", "c"}}) {
         std::string gotBase, gotExtension = "old";
         EXPECT_TRUE(FileUtils::SplitFileExtension(name, gotBase, gotExtension));
         EXPECT_EQ(gotBase + "|" + gotExtension, base + "|" + extension) << name;
@@ -63,80 +56,62 @@ TEST(FileUtils, JoinsQuotesAndRecognisesNetworkPaths) {
     }
 }
 
-const char* const kVariables[] = {"QNC_JOBSLOT", "QNC_JOBID", "QNC_HOST"};
-
+// Sets or, for a missing value, unsets the job slot, job id and host.
 void SetVariables(const Values& values) {
-    for (int i = 0; i < 3; ++i) {
-        values[i] ? ::setenv(kVariables[i], values[i]->c_str(), 1) : ::unsetenv(kVariables[i]);
-    }
+    const char* const names[] = {"QNC_JOBSLOT", "QNC_JOBID", "QNC_HOST"};
+    for (int i = 0; i < 3; ++i) values[i] ? ::setenv(names[i], values[i]->c_str(), 1) : ::unsetenv(names[i]);
 }
 
-// A fresh directory, and the scenario variables cleared for the test and restored after it.
-class FileUtilsFiles : public ::testing::Test {
-  protected:
-    void SetUp() override {
-        for (const char* name : kVariables) {
-            const char* value = std::getenv(name);
-            saved_.push_back(value ? Value(value) : std::nullopt);
-        }
-        SetVariables({std::nullopt, std::nullopt, std::nullopt});
-        fs::remove_all(root_);
-        fs::create_directories(root_ / "sub");
-        std::ofstream(root_ / "CASE.DATA") << "deck";
-    }
-    void TearDown() override {
-        SetVariables(saved_);
-        fs::current_path(fs::temp_directory_path());
-        fs::remove_all(root_);
-    }
-    const fs::path root_ = fs::temp_directory_path() / ("rivulet_file_utils_" + std::to_string(::getpid()));
-    const std::string source_ = (root_ / "CASE.DATA").string();
-    Values saved_;
-};
+using FileUtilsFiles = SessionTest;
 
 TEST_F(FileUtilsFiles, ChecksDirectoriesAndFiles) {
-    EXPECT_TRUE(FileUtils::DirectoryExists(root_.string()));
-    EXPECT_FALSE(FileUtils::FileExists(root_.string(), true));
-    for (const std::string& path : {source_, (root_ / "missing").string(), std::string()}) {
+    const std::string source = settings_.FileName;
+    fs::create_directories(dir_ / "sub");
+    EXPECT_TRUE(FileUtils::DirectoryExists(dir_.string()));
+    EXPECT_FALSE(FileUtils::FileExists(dir_.string(), true));
+    for (const std::string& path : {source, (dir_ / "missing").string(), std::string()}) {
         EXPECT_FALSE(FileUtils::DirectoryExists(path)) << path;
         EXPECT_FALSE(FileUtils::DirectoryIsWritable(path)) << path;
-        EXPECT_EQ(FileUtils::FileExists(path, true), path == source_) << path;
-        EXPECT_EQ(FileUtils::FileExists(path, false), path == source_) << path;
+        EXPECT_EQ(FileUtils::FileExists(path, true), path == source) << path;
+        EXPECT_EQ(FileUtils::FileExists(path, false), path == source) << path;
     }
     // The probe goes inside the directory, with or without a trailing slash, and is removed again.
-    for (const std::string& directory : {(root_ / "sub").string(), (root_ / "sub/").string()}) {
+    const auto entries = [this] { return std::distance(fs::directory_iterator(dir_), {}); };
+    const auto before = entries();
+    for (const std::string& directory : {(dir_ / "sub").string(), (dir_ / "sub/").string()}) {
         EXPECT_TRUE(FileUtils::DirectoryIsWritable(directory));
-        EXPECT_TRUE(fs::is_empty(root_ / "sub"));
-        EXPECT_EQ(std::distance(fs::directory_iterator(root_), fs::directory_iterator()), 2);
+        EXPECT_TRUE(fs::is_empty(dir_ / "sub"));
+        EXPECT_EQ(entries(), before);
     }
-    fs::permissions(source_, fs::perms::owner_read);
-    EXPECT_TRUE(FileUtils::FileExists(source_, true));
+    fs::permissions(source, fs::perms::owner_read);
+    EXPECT_TRUE(FileUtils::FileExists(source, true));
     if (::geteuid() != 0) {  // root opens it for writing all the same
-        EXPECT_FALSE(FileUtils::FileExists(source_, false));
+        EXPECT_FALSE(FileUtils::FileExists(source, false));
     }
 }
 
 TEST_F(FileUtilsFiles, DuplicatesScenarioCaseForTheJob) {
+    const std::string source = settings_.FileName;
     std::string out;
-    EXPECT_FALSE(FileUtils::DuplicateScenarioFile(ScenarioJobInfo::FromEnvironment(), out, source_, false));
-    EXPECT_EQ(out, source_);
+    EXPECT_FALSE(FileUtils::DuplicateScenarioFile(ScenarioJobInfo::FromEnvironment(), out, source, false));
+    EXPECT_EQ(out, source);
 
-    SetVariables({"3", "17", "h"});
+    SetScenario("3", "17", "h");
     const ScenarioJobInfo job = ScenarioJobInfo::FromEnvironment();
-    const std::string missing = (root_ / "NONE.DATA").string();
-    fs::current_path(root_);
+    const std::string missing = (dir_ / "NONE.DATA").string();
+    fs::current_path(dir_);
     for (const auto& [info, path, subdirectory, expected] :
-         {std::tuple{job, source_, false, (root_ / "CASE_H_3.DATA").string()},
-          std::tuple{job, source_, true, (root_ / "CASE_H_3/CASE.DATA").string()},
-          std::tuple{job, source_, true, (root_ / "CASE_H_3/CASE.DATA").string()},  // the directory exists
+         {std::tuple{job, source, false, (dir_ / "CASE_H_3.DATA").string()},
+          std::tuple{job, source, true, (dir_ / "CASE_H_3/CASE.DATA").string()},
+          std::tuple{job, source, true, (dir_ / "CASE_H_3/CASE.DATA").string()},  // the directory exists
           std::tuple{job, std::string("CASE.DATA"), true, std::string("CASE_H_3/CASE.DATA")},
-          std::tuple{ScenarioJobInfo{-1, 0, ""}, source_, false, (root_ / "CASE__-1.DATA").string()},
+          std::tuple{ScenarioJobInfo{-1, 0, ""}, source, false, (dir_ / "CASE__-1.DATA").string()},
           std::tuple{job, missing, false, missing}}) {
         EXPECT_EQ(FileUtils::DuplicateScenarioFile(info, out, path, subdirectory), expected != path);
         EXPECT_EQ(out, expected);
         if (expected != path) {
             EXPECT_EQ(std::string(std::istreambuf_iterator<char>(std::ifstream(expected).rdbuf()), {}),
-                      "deck");
+                      "RUNSPEC\n");
         }
     }
 }

@@ -1,21 +1,10 @@
-#include <gtest/gtest.h>
-
-#include <sstream>
-#include <string>
 #include <tuple>
-#include <vector>
 
-#include "ScriptedApi.h"
-#include "ScriptedObjects.h"
-#include "dataserver/FluidProperties.h"
-#include "dataserver/TNavUnitSystem.h"
 #include "session/FluidReader.h"
+#include "session/tests/SessionFixture.h"
 
 namespace rivulet {
 namespace {
-
-using tnavscripted::Script;
-using Names = std::vector<std::string>;
 
 class FluidReaderTest : public ::testing::Test {
   protected:
@@ -106,7 +95,7 @@ TEST_F(FluidReaderTest, EachFailureStopsTheReadWithItsMessage) {
         EXPECT_FALSE(Read(model)) << call;
         const std::string message = std::string(text) + ": <lost>";
         EXPECT_EQ(error_, message);
-        EXPECT_TRUE(log_.str().ends_with("\n" + message + "\n")) << log_.str();
+        EXPECT_TRUE(EndsWithLine(log_.str(), message)) << log_.str();
     }
 
     // A model without PVT regions has no array to fill.

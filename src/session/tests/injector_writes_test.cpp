@@ -1,45 +1,27 @@
 // Opening a well as an injector under the network, and sending injection phases again.
-#include <gtest/gtest.h>
-
-#include <sstream>
-#include <string>
 #include <tuple>
-#include <vector>
 
-#include "ScriptedApi.h"
-#include "ScriptedObjects.h"
-#include "session/WellRequester.h"
-#include "wells/WellList.h"
+#include "session/tests/SessionFixture.h"
 
 namespace rivulet {
 namespace {
-
-using tnavscripted::Script;
-using Names = std::vector<std::string>;
 
 // Every call of an opening, in order: status, phase, shut-well phase, then the limits of an injector.
 const Names kOpening = {
     "set_new_well_statuses", "set_injector_phases",    "set_inj_phases_for_ipr_shut_wells",
     "disable_all_limits",    "enable_injector_limits", "set_injector_targets"};
 
-class InjectorWrites : public ::testing::Test {
+// Three wells as the first read leaves them: no type, no status, no phase.
+class InjectorWrites : public RequesterTest {
   protected:
     void SetUp() override {
-        Script().Reset();
+        RequesterTest::SetUp();
         Script().state.wells.resize(3);
-        wells_.Clear();
-        log_.str("");
         for (int k = 0; k < 3; ++k) wells_.Add(WellData());
     }
     bool Open(int phase, int index) {
         return requester_.SetWellAsVaneInjector(phase, index, *wells_.At(index), error_);
     }
-
-    WellList wells_;
-    std::ostringstream log_;
-    tnavscripted::ScriptedWellRequester scripted_;
-    WellRequester requester_{&scripted_, &log_};
-    std::string error_;
 };
 
 TEST_F(InjectorWrites, AnUntypedWellIsOpenedGivenItsPhaseAndInitialLimits) {

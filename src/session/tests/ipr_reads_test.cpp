@@ -1,45 +1,23 @@
 // The inflow tables of the wells under the network's control, on the scripted simulator, which answers a BHP
 // of maxBhp - bhpPerRate * rate for every phase of a well.
-#include <gtest/gtest.h>
-
 #include <map>
-#include <memory>
-#include <sstream>
-#include <string>
 #include <tuple>
 #include <utility>
-#include <vector>
 
-#include "ScriptedApi.h"
-#include "ScriptedObjects.h"
-#include "case/CaseSettings.h"
-#include "dataserver/TNavUnitSystem.h"
 #include "session/IprReads.h"
-#include "session/ReservoirData.h"
-#include "session/WellRequester.h"
-#include "session/WindowsJobSession.h"
 #include "session/tests/SessionFixture.h"
-#include "wells/WellList.h"
 
 namespace rivulet {
 namespace {
 
-using tnavscripted::Script;
-using Names = std::vector<std::string>;
 using Column = std::vector<double>;
-
-void ExpectColumn(const Column& actual, const Column& expected, double tolerance, const char* what) {
-    ASSERT_EQ(actual.size(), expected.size()) << what;
-    for (std::size_t k = 0; k < expected.size(); ++k)
-        EXPECT_NEAR(actual[k], expected[k], tolerance) << what << k;
-}
 
 // FIELD units: gas in Mscf/day (MMscf/day in the tables), liquid in STB/day, pressure in psia (psig in the
 // tables, 14.6959 less). A BHP of 214.6959 - 0.001 * rate psia is 200 - 0.001 * rate psig.
-class IprReads : public ::testing::Test {
+class IprReads : public RequesterTest {
   protected:
     void SetUp() override {
-        Script().Reset();
+        RequesterTest::SetUp();
         units_.SetUp("FIELD");
         requester_.minGasRateCap = units_.fromFieldGasRate(0.0001);
         requester_.minLiquidRateCap = units_.fromFieldLiquidRate(10.0);
@@ -77,16 +55,10 @@ class IprReads : public ::testing::Test {
     }
     const IprTable& Table(int well) { return wells_[static_cast<std::size_t>(well)].ipr; }
 
-    WellList wells_;
     std::vector<int> injectors_;
     std::vector<int> producers_;
-    TNavUnitSystem units_;
     PhaseRateTable maxRates_;
     PhaseRateTable minRates_;
-    std::ostringstream log_;
-    tnavscripted::ScriptedWellRequester scripted_;
-    WellRequester requester_{&scripted_, &log_};
-    std::string error_;
 };
 
 // Equal spacing over ten points from lo to hi: the first step (hi - lo) / 10, the others (hi - lo) / 9.
@@ -118,18 +90,22 @@ TEST_F(IprReads, TablesOfProducersAndAnInjectorFollowTheHandWorking) {
     EXPECT_EQ(Script().LastArgs("get_max_rates"), "3|2");
     EXPECT_EQ(Script().LastArgs("get_specific_rate_bhp_ipr"), "0,1,1,2,3|2,2,1,0,2");
 
+    // Wells 0 and 3: each gas rate in MMscf/day, and the pressure that goes with it.
+    ASSERT_EQ(Table(0).Length(), 10u);
+    ASSERT_EQ(Table(3).Length(), 10u);
+    for (std::size_t k = 0; k < 10; ++k) {
+        const double produced = (k == 1 ? 9.0 : 10.0 * k) + 0.0001;
+        const double injected = (k == 1 ? 1.8 : 2.0 * k) + 0.0001;
+        EXPECT_NEAR(Table(0).GasRates[k], produced, 1e-9) << k;
+        EXPECT_NEAR(Table(0).Pressures[k], 200.0 - produced, 1e-9) << k;
+        EXPECT_NEAR(Table(3).GasRates[k], injected, 1e-9) << k;
+        EXPECT_NEAR(Table(3).Pressures[k], 100.0 + injected, 1e-9) << k;
+    }
     const Column zero(10, 0.0);
-    ExpectColumn(
-        Table(0).Pressures,
-        {199.9999, 190.9999, 179.9999, 169.9999, 159.9999, 149.9999, 139.9999, 129.9999, 119.9999, 109.9999},
-        1e-9, "pressure ");
-    ExpectColumn(Table(0).GasRates,
-                 {0.0001, 9.0001, 20.0001, 30.0001, 40.0001, 50.0001, 60.0001, 70.0001, 80.0001, 90.0001},
-                 1e-9, "gas ");
-    ExpectColumn(Table(0).OilRates, zero, 0.0, "oil ");
-    ExpectColumn(Table(0).WaterRates, zero, 0.0, "water ");
-    ExpectColumn(Table(0).Temperatures, Column(10, 60.0), 0.0, "temperature ");
-    ExpectColumn(Table(0).MassFlows, zero, 0.0, "mass ");
+    EXPECT_EQ(Table(0).OilRates, zero);
+    EXPECT_EQ(Table(0).WaterRates, zero);
+    EXPECT_EQ(Table(0).MassFlows, zero);
+    EXPECT_EQ(Table(0).Temperatures, Column(10, 60.0));
 
     const IprTable& capped = Table(1);
     ASSERT_EQ(capped.Length(), 10u);
@@ -149,21 +125,13 @@ TEST_F(IprReads, TablesOfProducersAndAnInjectorFollowTheHandWorking) {
     EXPECT_NEAR(tiny.WaterRates[1], 4.190476e-6, 1e-12);
     EXPECT_NEAR(tiny.Pressures[9], 160.0, 1e-9);
     EXPECT_NEAR(tiny.WaterRates[9], 4e-5, 1e-15);
-
-    ExpectColumn(
-        Table(3).Pressures,
-        {100.0001, 101.8001, 104.0001, 106.0001, 108.0001, 110.0001, 112.0001, 114.0001, 116.0001, 118.0001},
-        1e-9, "injector pressure ");
-    ExpectColumn(Table(3).GasRates,
-                 {0.0001, 1.8001, 4.0001, 6.0001, 8.0001, 10.0001, 12.0001, 14.0001, 16.0001, 18.0001}, 1e-9,
-                 "injector gas ");
 }
 
 TEST_F(IprReads, TheLogShowsEachCallItsArraysAndItsResults) {
     AddFourWells();
     ASSERT_TRUE(Run()) << error_;
     const std::string log = log_.str();
-    const char* parts[] = {
+    const char* pieces[] = {
         "\nset_inj_phases_for_ipr_shut_wells(int*, int, inj_phase_t*)\nint[1]\n3, "
         "\nint=1\ninj_phase_t[1]\n2, \n"
         "\nget_max_rates(int*, int, ipr_rate_phase_t*, double*)\nint[9]\n0, 0, 0, 1, 1, 1, 2, 2, 2, \nint=9\n"
@@ -181,7 +149,8 @@ TEST_F(IprReads, TheLogShowsEachCallItsArraysAndItsResults) {
         "double[75]\n0.1, 6000.1, 12857.2, ",
         "\ndouble[75]\n\n*** For info: BHP results from get_specific_rate_bhp_ipr ***\ndouble[75]\n214.696, ",
     };
-    for (const char* part : parts) EXPECT_NE(log.find(part), std::string::npos) << part << "\nin\n" << log;
+    for (const char* piece : pieces)
+        EXPECT_NE(log.find(piece), std::string::npos) << piece << "\nin\n" << log;
 }
 
 TEST_F(IprReads, InjectorsGetTheirZeroFlowPhaseAndMaximumRatePhase) {
@@ -232,8 +201,7 @@ TEST_F(IprReads, EachFailureEndsTheReadWithItsText) {
         EXPECT_FALSE(Run()) << call;
         EXPECT_EQ(error_, message);
         EXPECT_EQ(Script().CallNames().back(), call);  // nothing after the failing call
-        const std::string log = log_.str();
-        EXPECT_EQ(log.substr(log.size() - error_.size() - 2), "\n" + error_ + "\n");
+        EXPECT_TRUE(EndsWithLine(log_.str(), error_)) << log_.str();
     }
 
     EXPECT_FALSE(getIprTables(requester_, wells_, nullptr, &minRates_, units_, 1.0, error_));
@@ -249,8 +217,12 @@ TEST_F(IprReads, EachFailureEndsTheReadWithItsText) {
     EXPECT_EQ(Table(1).GasRates, Column(10, 0.0));
 }
 
-// Through the session: only connected wells get tables, with the case's spacing and the fluid's temperature.
-class IprSessionReads : public SessionTest {};
+// Through the session, with the API log off: only connected wells get tables, with the case's spacing and
+// the fluid's temperature.
+class IprSessionReads : public LaunchedSession {
+  protected:
+    IprSessionReads() { logged_ = false; }
+};
 
 TEST_F(IprSessionReads, ReadCurrentDataEndsWithTheTablesOfConnectedWells) {
     tnavscripted::Well producer;
@@ -267,12 +239,7 @@ TEST_F(IprSessionReads, ReadCurrentDataEndsWithTheTablesOfConnectedWells) {
     Sim().wells = {producer, injector, idle};
     Sim().units = TNAV_UNIT_SYSTEM_FIELD;
     settings_.IprAlpha = 3;
-    CWindowsJobSession session(&settings_, config_);
-    std::string error;
-    ASSERT_EQ(session.StartProcess(error), 0) << error;
-    ASSERT_TRUE(session.LaunchJob(error)) << error;
-    std::unique_ptr<ReservoirData> reservoir;
-    ASSERT_TRUE(session.CreateReservoir(reservoir, "P\nI\n", error)) << error;
+    ASSERT_TRUE(Create("P\nI\n")) << error_;
 
     const Names calls = Script().CallNames();
     // The producer does not flow, so a simulator of this version gives the density of its maximum rate;
@@ -284,12 +251,12 @@ TEST_F(IprSessionReads, ReadCurrentDataEndsWithTheTablesOfConnectedWells) {
                "set_number_of_ipr_points", "get_specific_rate_bhp_ipr", "get_sc_densities_of_max_rates"}));
     EXPECT_EQ(Script().LastArgs("set_inj_phases_for_ipr_shut_wells"), "1|2");
     EXPECT_EQ(Script().LastArgs("get_specific_rate_bhp_ipr"), "0|2");
-    const IprTable& table = reservoir->wells[0].ipr;
+    const IprTable& table = At(0).ipr;
     ASSERT_EQ(table.Length(), 10u);
     EXPECT_NEAR(table.Pressures[1], 190.9999, 1e-9);  // equal spacing, as well 0 above
     EXPECT_NEAR(table.GasRates[1], 9.0001, 1e-9);
     EXPECT_EQ(table.Temperatures, Column(10, TNavUnitSystem::kNoValue));  // isothermal: no value
-    EXPECT_EQ(reservoir->wells[2].ipr.Length(), 0u);
+    EXPECT_EQ(At(2).ipr.Length(), 0u);
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include <string>
+#include <tuple>
 
 #include "common/PasswordStore.h"
 #include "session/LinuxJobSession.h"
@@ -7,8 +8,6 @@
 
 namespace rivulet {
 namespace {
-
-using tnavscripted::Script;
 
 class LocalSession : public SessionTest {
   protected:
@@ -96,34 +95,26 @@ TEST_F(LocalSession, DebugDirectoryNamesBothFilesWithThePort) {
     EXPECT_EQ(other.ApiLog(), nullptr);
 }
 
-TEST_F(LocalSession, ThreadCountIsSentWhenNotNegative) {
-    settings_.ParallelCount = 0;
-    CWindowsJobSession session(&settings_, config_);
-    ASSERT_TRUE(StartAndLaunch(session)) << error_;
-    EXPECT_EQ(Args("launch_job"), settings_.FileName + "||0|--cpu-num=0");
-}
-
-TEST_F(LocalSession, ScenarioRunLaunchesACopyOfTheCase) {
-    ::setenv("QNC_JOBID", "4", 1);
-    ::setenv("QNC_JOBSLOT", "3", 1);
-    ::setenv("QNC_HOST", "node7", 1);
-    const std::string original = settings_.FileName;
+TEST_F(LocalSession, LaunchSendsTheThreadCountWhenNotNegativeAndAScenarioRunsACopyOfTheCase) {
+    {
+        settings_.ParallelCount = 0;
+        CWindowsJobSession session(&settings_, config_);
+        ASSERT_TRUE(StartAndLaunch(session)) << error_;
+        EXPECT_EQ(Args("launch_job"), settings_.FileName + "||0|--cpu-num=0");
+    }
+    Script().Reset();
+    settings_.ParallelCount = -1;
+    SetScenario("3", "4", "node7");
     CWindowsJobSession session(&settings_, config_);
     ASSERT_TRUE(StartAndLaunch(session)) << error_;
     EXPECT_EQ(settings_.FileName, (dir_ / "CASE_NODE7_3.DATA").string());
     EXPECT_TRUE(std::filesystem::exists(settings_.FileName));
     EXPECT_EQ(Args("launch_job"), settings_.FileName + "||0");
-    EXPECT_NE(settings_.FileName, original);
 }
 
-// The launch, through a local session.
 TEST_F(LocalSession, VersionGateAndMaxRateDetails) {
-    struct Case {
-        const char* version;
-        const char* error;  // empty: passes
-        bool details;
-    };
-    const Case cases[] = {
+    // The version, the launch's error (empty: it passes) and whether the simulator gives max rate details.
+    const std::tuple<const char*, const char*, bool> cases[] = {
         {"v4.2", "", false},
         {"V5.0", "", true},
         {"v5", "", true},
@@ -136,41 +127,35 @@ TEST_F(LocalSession, VersionGateAndMaxRateDetails) {
         {"v", "The simulator version number (v) is not in the expected format.", false},
         {"", "No simulator version number has been read.", false},
     };
-    for (const Case& c : cases) {
+    for (const auto& [version, error, details] : cases) {
         Script().Reset();
-        Sim().version = c.version;
+        Sim().version = version;
         CWindowsJobSession session(&settings_, config_);
         const bool launched = StartAndLaunch(session);
-        EXPECT_EQ(launched, *c.error == '\0') << c.version;
-        EXPECT_EQ(launched ? std::string() : error_, c.error) << c.version;
-        EXPECT_EQ(Calls("stop"), launched ? 0 : 1) << c.version;
-        if (launched) {
-            EXPECT_EQ(session.GetSupportsMaxRateDetails(), c.details) << c.version;
-        }
+        EXPECT_EQ(launched, *error == '\0') << version;
+        EXPECT_EQ(launched ? std::string() : error_, error) << version;
+        EXPECT_EQ(Calls("stop"), launched ? 0 : 1) << version;
+        EXPECT_EQ(launched && session.GetSupportsMaxRateDetails(), details) << version;
     }
 }
 
 TEST_F(LocalSession, LaunchFailuresGiveTheirTextsAndStopTheJob) {
-    struct Case {
-        const char* call;
-        const char* error;
-        int stops;
-    };
-    const Case cases[] = {
+    // The failing call, its text and how many stops follow it.
+    const std::tuple<const char*, const char*, int> cases[] = {
         {"launch_job", "Failed to launch job: boom.", 0},
         {"get_job_by_id", "Failed to identify job using job id: boom.", 0},
         {"wait_for_start", "Error when waiting for job to start: boom.", 1},
         {"check_compatibility", "Error when launching job: boom.", 1},
         {"get_tnav_version", "Error when reading simulator version: boom.", 1},
     };
-    for (const Case& c : cases) {
+    for (const auto& [call, error, stops] : cases) {
         Script().Reset();
-        Script().Fail(c.call, 5, "boom");
+        Script().Fail(call, 5, "boom");
         CWindowsJobSession session(&settings_, config_);
-        EXPECT_FALSE(StartAndLaunch(session)) << c.call;
-        EXPECT_EQ(error_, c.error);
-        EXPECT_EQ(Calls("stop"), c.stops) << c.call;
-        EXPECT_TRUE(session.IsConnected()) << c.call;  // the manager stays until the session goes
+        EXPECT_FALSE(StartAndLaunch(session)) << call;
+        EXPECT_EQ(error_, error);
+        EXPECT_EQ(Calls("stop"), stops) << call;
+        EXPECT_TRUE(session.IsConnected()) << call;  // the manager stays until the session goes
     }
     Script().Reset();
     Sim().nullWellRequester = true;
@@ -202,7 +187,7 @@ TEST_F(LocalSession, OpeningIsAwaitedTwiceBeforeItFails) {
     EXPECT_EQ(error_, "Error when waiting for job to complete opening: first.");
 }
 
-TEST_F(LocalSession, LaunchNeedsAConnectionAndHappensOnce) {
+TEST_F(LocalSession, LaunchNeedsAConnectionAndHappensOnceAndClosingStopsTheJobTwice) {
     CWindowsJobSession session(&settings_, config_);
     EXPECT_FALSE(session.LaunchJob(error_));
     EXPECT_EQ(error_, "The process is not running.");
@@ -211,12 +196,20 @@ TEST_F(LocalSession, LaunchNeedsAConnectionAndHappensOnce) {
     EXPECT_EQ(error_, "Invalid operation: the job has already been launched.");
     EXPECT_EQ(Calls("launch_job"), 1);
     EXPECT_TRUE(session.IsJobRunning());
+    EXPECT_FALSE(session.HasJobEnded());
+
+    Script().ClearCalls();
+    session.CloseSession();
+    EXPECT_EQ(Calls("stop"), 2);
+    EXPECT_EQ(Calls("tnav_free_job"), 1);
+    EXPECT_EQ(Calls("disconnect"), 1);
+    EXPECT_FALSE(session.IsConnected());
+    EXPECT_EQ(session.Port(), -1);
 }
 
-TEST_F(LocalSession, StateTestsFollowTheJobAndTheConnection) {
+TEST_F(LocalSession, AnEndedJobOrALostConnectionCountsAsEnded) {
     CWindowsJobSession session(&settings_, config_);
     ASSERT_TRUE(StartAndLaunch(session)) << error_;
-    EXPECT_FALSE(session.HasJobEnded());
     Sim().jobEnded = true;
     EXPECT_FALSE(session.IsJobRunning());
     EXPECT_TRUE(session.HasJobEnded());
@@ -228,18 +221,6 @@ TEST_F(LocalSession, StateTestsFollowTheJobAndTheConnection) {
     Sim().connectionLost = true;
     EXPECT_TRUE(session.HasJobEnded());
     EXPECT_FALSE(session.IsJobRunning());
-}
-
-TEST_F(LocalSession, ClosingARunningJobStopsItTwiceThenDisconnects) {
-    CWindowsJobSession session(&settings_, config_);
-    ASSERT_TRUE(StartAndLaunch(session)) << error_;
-    Script().ClearCalls();
-    session.CloseSession();
-    EXPECT_EQ(Calls("stop"), 2);
-    EXPECT_EQ(Calls("tnav_free_job"), 1);
-    EXPECT_EQ(Calls("disconnect"), 1);
-    EXPECT_FALSE(session.IsConnected());
-    EXPECT_EQ(session.Port(), -1);
 }
 
 class ClusterSession : public SessionTest {
@@ -257,12 +238,7 @@ class ClusterSession : public SessionTest {
 };
 
 TEST_F(ClusterSession, ChecksTheCaseBeforeConnecting) {
-    struct Case {
-        int port;
-        const char* file;
-        const char* error;
-    };
-    const Case cases[] = {
+    const std::tuple<int, const char*, const char*> cases[] = {
         {1023, "/data/CASE.DATA",
          "The tNavigator case settings for a Linux cluster are invalid. No new process is created."},
         {65536, "/data/CASE.DATA",
@@ -270,12 +246,12 @@ TEST_F(ClusterSession, ChecksTheCaseBeforeConnecting) {
         {65535, "", "No case file name has been defined. No new process is created"},
         {65535, "CASE.DATA", "The case name CASE.DATA could not be split into a file name and linux path."},
     };
-    for (const Case& c : cases) {
-        settings_.HeadNodePort = c.port;
-        settings_.FileName = c.file;
+    for (const auto& [port, file, error] : cases) {
+        settings_.HeadNodePort = port;
+        settings_.FileName = file;
         CLinuxJobSession session(&settings_, config_);
         EXPECT_EQ(session.StartProcess(error_), 1);
-        EXPECT_EQ(error_, c.error);
+        EXPECT_EQ(error_, error);
     }
     EXPECT_EQ(Calls("connect_to_dispatcher"), 0);
 }
@@ -311,9 +287,7 @@ TEST_F(ClusterSession, ARefusedConnectionKeepsTheManagerUntilTheSessionGoes) {
 }
 
 TEST_F(ClusterSession, ScenarioCopyIsNamedInTheClustersTerms) {
-    ::setenv("QNC_JOBID", "4", 1);
-    ::setenv("QNC_JOBSLOT", "3", 1);
-    ::setenv("QNC_HOST", "host", 1);
+    SetScenario("3", "4", "host");
     CLinuxJobSession unseen(&settings_, config_);
     EXPECT_EQ(unseen.StartProcess(error_), 1);
     EXPECT_EQ(error_,

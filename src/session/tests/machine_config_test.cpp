@@ -1,49 +1,34 @@
-#include <gtest/gtest.h>
-
-#include <unistd.h>
-
-#include <filesystem>
-#include <fstream>
-#include <string>
-
 #include "common/PasswordStore.h"
 #include "platform/Registry.h"
-#include "session/MachineConfig.h"
+#include "session/tests/SessionFixture.h"
 
 namespace rivulet {
 namespace {
 
-namespace fs = std::filesystem;
-
-class MachineConfigStore : public ::testing::Test {
+// The driver's registry key, in a file of the scratch directory.
+class MachineConfigStore : public SessionTest {
   protected:
     void SetUp() override {
-        dir_ = fs::temp_directory_path() / ("rivulet-machine-" + std::to_string(::getpid()));
-        fs::create_directories(dir_);
+        SessionTest::SetUp();
         ::setenv("RIVULET_REGISTRY", (dir_ / "registry.reg").c_str(), 1);
-        simulator_ = (dir_ / "tnav-standin").string();
-        std::ofstream(simulator_) << "#!/bin/sh\n";
     }
     void TearDown() override {
         ::unsetenv("RIVULET_REGISTRY");
-        fs::remove_all(dir_);
+        SessionTest::TearDown();
     }
-    static void Put(const std::string& key, const RegistryValues& values) {
-        ASSERT_TRUE(Registry::WriteValues(kHkeyCurrentUser, key, values));
+    static void Put(const RegistryValues& values) {
+        ASSERT_TRUE(Registry::WriteValues(kHkeyCurrentUser, kDriverRegistryKey, values));
     }
-
-    fs::path dir_;
-    std::string simulator_;
 };
 
 TEST_F(MachineConfigStore, LoadsNormalisesAndStores) {
-    Put(kDriverRegistryKey, {{"SimExecutable", RegistryValue::String(simulator_)},
-                             {"DebugCommsDirectory", RegistryValue::String(dir_.string())},
-                             {"LowerPort", RegistryValue::Dword(20000)},
-                             {"UpperPort", RegistryValue::Dword(10000)},
-                             {"Tassoc", RegistryValue::String("ABCDEF")}});
+    Put({{"SimExecutable", RegistryValue::String(config_.SimExecutable)},
+         {"DebugCommsDirectory", RegistryValue::String(dir_.string())},
+         {"LowerPort", RegistryValue::Dword(20000)},
+         {"UpperPort", RegistryValue::Dword(10000)},
+         {"Tassoc", RegistryValue::String("ABCDEF")}});
     MachineConfig config;
-    EXPECT_EQ(config.SimExecutable, simulator_);
+    EXPECT_EQ(config.SimExecutable, config_.SimExecutable);
     EXPECT_EQ(config.DebugCommsDirectory, dir_.string());
     EXPECT_EQ(config.LowerPort, 10000);
     EXPECT_EQ(config.UpperPort, 20000);
@@ -60,11 +45,11 @@ TEST_F(MachineConfigStore, LoadsNormalisesAndStores) {
 }
 
 TEST_F(MachineConfigStore, UnusableValuesFallBack) {
-    Put(kDriverRegistryKey, {{"SimExecutable", RegistryValue::String((dir_ / "deleted").string())},
-                             {"DebugCommsDirectory", RegistryValue::String((dir_ / "missing").string())},
-                             {"LowerPort", RegistryValue::Dword(80)},
-                             {"UpperPort", RegistryValue::Dword(16000)},
-                             {"LinuxUser", RegistryValue::Dword(7)}});
+    Put({{"SimExecutable", RegistryValue::String((dir_ / "deleted").string())},
+         {"DebugCommsDirectory", RegistryValue::String((dir_ / "missing").string())},
+         {"LowerPort", RegistryValue::Dword(80)},
+         {"UpperPort", RegistryValue::Dword(16000)},
+         {"LinuxUser", RegistryValue::Dword(7)}});
     MachineConfig config;
     EXPECT_EQ(config.SimExecutable, "");
     EXPECT_EQ(config.DebugCommsDirectory, "");

@@ -1,27 +1,14 @@
 // Densities and compositions at the maximum rates of producers that are not flowing.
-#include <gtest/gtest.h>
-
-#include <sstream>
-#include <string>
-#include <vector>
-
-#include "ScriptedApi.h"
-#include "ScriptedObjects.h"
-#include "dataserver/FluidProperties.h"
-#include "dataserver/TNavUnitSystem.h"
 #include "session/MaxRateDetails.h"
-#include "session/WellRequester.h"
-#include "wells/WellList.h"
+#include "session/tests/SessionFixture.h"
 
 namespace rivulet {
 namespace {
 
-using tnavscripted::Script;
-
-class MaxRateDetails : public ::testing::Test {
+class MaxRateDetails : public RequesterTest {
   protected:
     void SetUp() override {
-        Script().Reset();
+        RequesterTest::SetUp();
         units_.SetUp("FIELD");  // lb/scf, gas in Mscf
         // Two components weighing 16 and 100.
         fluid_.SetModelType(3);
@@ -48,14 +35,7 @@ class MaxRateDetails : public ::testing::Test {
     }
     bool ReadComposition() { return ReadCompositionOfMaxRates(requester_, 2, wells_, max_, units_, error_); }
 
-    FluidProperties fluid_;
-    TNavUnitSystem units_;
-    WellList wells_;
     PhaseRateTable max_;  // water, oil, gas
-    std::ostringstream log_;
-    tnavscripted::ScriptedWellRequester scripted_;
-    WellRequester requester_{&scripted_, &log_};
-    std::string error_;
 };
 
 TEST_F(MaxRateDetails, DensitiesAreReadForTheMissingPhasesOfIdleProducers) {
@@ -120,37 +100,22 @@ TEST_F(MaxRateDetails, CompositionIsTheMolarMixOfGasAndOilOrTheOnePhaseThatCount
 }
 
 TEST_F(MaxRateDetails, CompositionFailures) {
-    struct Case {
-        const char* what;
-        std::vector<double> gasRun;
-        std::vector<double> oilRun;
-        bool scriptedFailure;
-        const char* error;
-    } cases[] = {
-        {"the call fails",
-         {0.5, 0.5},
-         {0.5, 0.5},
-         true,
-         "Error when reading production hc component fractions: <scripted failure>"},
-        {"an oil run without weight", {0.5, 0.5}, {0.0, 0.0}, false, ""},
-        {"a fraction out of range",
-         {0.5, 0.5},
-         {2.0, 0.0},
-         false,
-         "Mole Fraction value (1.25656) must lie in the range 0.0 to 1.0 (inclusive)."},
-    };
     WellData& well = Add(kWellProducer, kStatusStop);  // the only well
     well.productionRecord[WellRateRecord::kGasDensity] = 0.05;
     well.productionRecord[WellRateRecord::kOilDensity] = 50.0;
     max_ = {{0.0, 100.0, 1000.0}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
+    // The first read's call fails; then an oil run without weight, and a fraction out of range.
+    const std::pair<std::vector<double>, const char*> cases[] = {
+        {{0.5, 0.5}, "Error when reading production hc component fractions: <scripted failure>"},
+        {{0.0, 0.0}, ""},
+        {{2.0, 0.0}, "Mole Fraction value (1.25656) must lie in the range 0.0 to 1.0 (inclusive)."},
+    };
+    Script().Fail("get_composition_of_max_rates");
+    for (const auto& [oil, text] : cases) {
         error_.clear();
-        Script().state.wells[0].maxRateCompositions = {{TNAV_PHASE_GAS, c.gasRun},
-                                                       {TNAV_PHASE_OIL, c.oilRun}};
-        if (c.scriptedFailure) Script().Fail("get_composition_of_max_rates");
-        EXPECT_FALSE(ReadComposition());
-        EXPECT_EQ(error_, c.error);
+        Script().state.wells[0].maxRateCompositions = {{TNAV_PHASE_GAS, {0.5, 0.5}}, {TNAV_PHASE_OIL, oil}};
+        EXPECT_FALSE(ReadComposition()) << text;
+        EXPECT_EQ(error_, text);
     }
 }
 

@@ -4,39 +4,28 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <functional>
 #include <set>
+#include <utility>
 
 #include "platform/NamedMutex.h"
-#include "session/WindowsJobSession.h"
 #include "session/tests/SessionFixture.h"
 
 namespace rivulet {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 std::string PortMutex(int port) {
     return "Global\\QuillonConfluxPortMutex" + std::to_string(port);
 }
 
-// A pipe whose read end blocks until the write end sends a byte or closes.
+// A pipe whose read end blocks until the write end sends a number or closes.
 struct Pipe {
     int fds[2] = {-1, -1};
     Pipe() { EXPECT_EQ(::pipe(fds), 0); }
     ~Pipe() {
-        CloseRead();
-        CloseWrite();
+        for (int fd : fds) ::close(fd);
     }
-    void CloseRead() {
-        if (fds[0] >= 0) ::close(fds[0]);
-        fds[0] = -1;
-    }
-    void CloseWrite() {
-        if (fds[1] >= 0) ::close(fds[1]);
-        fds[1] = -1;
-    }
+    void CloseWrite() { ::close(std::exchange(fds[1], -1)); }
     void Send(int value) {
         EXPECT_EQ(::write(fds[1], &value, sizeof value), static_cast<ssize_t>(sizeof value));
     }
@@ -88,7 +77,7 @@ TEST_F(PortSelection, FirstPassPrefersAPortNobodyHasUsed) {
     EXPECT_EQ(session.Port(), 15962);
 }
 
-TEST_F(PortSelection, SecondPassReclaimsTheDeadOwnersPortAfterWaitingForTheLiveOne) {
+TEST_F(PortSelection, SecondPassSkipsTheLiveOwnersPortAndReclaimsTheDeadOnes) {
     Pipe liveReady, liveRelease, deadReady, deadRelease;
     const pid_t live = Owner(PortMutex(15960), liveReady, liveRelease);
     const pid_t dead = Owner(PortMutex(15961), deadReady, deadRelease);
@@ -99,12 +88,8 @@ TEST_F(PortSelection, SecondPassReclaimsTheDeadOwnersPortAfterWaitingForTheLiveO
     Existing(PortMutex(15962));
 
     CWindowsJobSession session(&settings_, config_);
-    const auto start = Clock::now();
     ASSERT_TRUE(session.AcquirePort(15960, 15962));
-    const auto waited = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count();
     EXPECT_EQ(session.Port(), 15961);
-    EXPECT_GE(waited, 190);  // the live owner of 15960 costs one wait
-    EXPECT_LT(waited, 2000);
     liveRelease.CloseWrite();
     EXPECT_TRUE(EndedCleanly(live));
 }
@@ -145,9 +130,7 @@ TEST_F(PortSelection, AHeldCreationMutexFailsTheStartWithoutAText) {
     ASSERT_EQ(ready.Receive(), 1);
     CWindowsJobSession session(&settings_, config_);
     std::string error;
-    const auto start = Clock::now();
     EXPECT_EQ(session.StartProcess(error), 1);
-    EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(450));
     EXPECT_EQ(error, "");
     EXPECT_EQ(Calls("tnav_create_manager"), 0);
     release.CloseWrite();

@@ -1,16 +1,8 @@
-#include <fstream>
-#include <sstream>
-#include <string>
-
-#include "session/ReservoirData.h"
 #include "session/SimulatorDate.h"
-#include "session/WindowsJobSession.h"
 #include "session/tests/SessionFixture.h"
 
 namespace rivulet {
 namespace {
-
-using tnavscripted::Script;
 
 OleDate Day(int year, int month, int day) {
     return OleDate::FromCalendar({year, month, day});
@@ -55,29 +47,15 @@ TEST(SimulatorDate, DatesBecomeMomentsRoundedToTheNearestSecond) {
     EXPECT_EQ(Text(MomentFromDate(DateFromMoment(moment))), Text(moment));
 }
 
-// A local session with its job launched and its dates read: start 1 Jan 2015, end 1 Jan 2016, the job at its
-// start and the schedule's next stop on 1 Feb 2015.
-class ReportStepping : public SessionTest {
+// A launched job with its dates read: start 1 Jan 2015, end 1 Jan 2016, the job at its start and the
+// schedule's next stop on 1 Feb 2015.
+class ReportStepping : public LaunchedSession {
   protected:
     void SetUp() override {
-        SessionTest::SetUp();
-        config_.DebugCommsDirectory = (dir_ / "IncDetailedApiLog").string();
-        std::filesystem::create_directories(config_.DebugCommsDirectory);
-        session_ = std::make_unique<CWindowsJobSession>(&settings_, config_);
-        ASSERT_EQ(session_->StartProcess(error_), 0) << error_;
-        ASSERT_TRUE(session_->LaunchJob(error_)) << error_;
-        ASSERT_TRUE(session_->CreateReservoir(reservoir_, "", error_)) << error_;
+        LaunchedSession::SetUp();
+        ASSERT_TRUE(Create()) << error_;
         Script().ClearCalls();
     }
-    std::string Log() {
-        session_->ApiLog()->flush();
-        std::ifstream in(session_->ApiLogPath());
-        return std::string(std::istreambuf_iterator<char>(in), {});
-    }
-
-    std::unique_ptr<CWindowsJobSession> session_;
-    std::unique_ptr<ReservoirData> reservoir_;
-    std::string error_;
 };
 
 TEST_F(ReportStepping, CreateReservoirReadsTheRunsDates) {
@@ -85,13 +63,10 @@ TEST_F(ReportStepping, CreateReservoirReadsTheRunsDates) {
     EXPECT_EQ(session_->EndDate(), Day(2016, 1, 1));
     EXPECT_EQ(session_->CurrentDate(), Day(2015, 1, 1));
     EXPECT_TRUE(session_->NextReportDate().IsNull());
-    ASSERT_NE(reservoir_, nullptr);
     const std::string log = Log();
-    EXPECT_EQ(log.rfind("\n*** CreateReservoir ***\n", 0), 0u);
+    EXPECT_TRUE(log.starts_with("\n*** CreateReservoir ***\n")) << log;
     // The read of the wells ends with their inflow tables.
-    const std::string tail = "\n*** ReadCurrentData ***\n\n*** getIprTables ***\n";
-    ASSERT_GE(log.size(), tail.size());
-    EXPECT_EQ(log.substr(log.size() - tail.size()), tail);
+    EXPECT_TRUE(log.ends_with("\n*** ReadCurrentData ***\n\n*** getIprTables ***\n")) << log;
 }
 
 TEST_F(ReportStepping, DateReadsTellFailuresFromDatesTheSimulatorHasNot) {

@@ -1,34 +1,26 @@
 // Sending the wells' targets at the start of a time step: the lists, the limit groups and their calls.
-#include <gtest/gtest.h>
-
 #include <iterator>
-#include <sstream>
 #include <stdexcept>
-#include <string>
 #include <tuple>
-#include <vector>
 
-#include "ScriptedApi.h"
-#include "ScriptedObjects.h"
-#include "dataserver/FluidProperties.h"
-#include "dataserver/TNavUnitSystem.h"
-#include "session/WellRequester.h"
 #include "session/WellTargets.h"
-#include "wells/WellList.h"
+#include "session/tests/SessionFixture.h"
 
 namespace rivulet {
 namespace {
 
-using tnavscripted::Script;
-using Names = std::vector<std::string>;
-
 constexpr double kUnset = -1.0;
 
-OperatingPoint Point(double gas, double oil, double water, double liquid, double bhp, double thp) {
+// The rates and pressures of a target; kUnset leaves one out.
+OperatingPoint Point(double gas, double oil = kUnset, double water = kUnset, double liquid = kUnset,
+                     double bhp = kUnset, double thp = kUnset) {
     OperatingPoint point;
     std::tie(point.GasRate, point.OilRate, point.WaterRate, point.LiquidRate, point.Bhp, point.Thp) =
         std::tuple(gas, oil, water, liquid, bhp, thp);
     return point;
+}
+OperatingPoint Pressure(double bhp, double thp = kUnset) {
+    return Point(kUnset, kUnset, kUnset, kUnset, bhp, thp);
 }
 
 // A scripted requester whose chosen write throws instead of answering.
@@ -56,47 +48,40 @@ struct GroupRow {
     OperatingPoint target;
     const char* enable;
     const char* targets;
-    bool mixed = false;
 };
 
 // Field units: gas in Mscf, so 100 Mscf against 20 STB is 0.005 MMscf/STB, below the gas control ratio.
 const GroupRow kGroups[] = {
-    {"injector BHP", kWellInjector, Point(kUnset, kUnset, kUnset, kUnset, 200, kUnset), "0|2|200", "0|2"},
-    {"injector pressure", kWellInjector, Point(kUnset, kUnset, kUnset, kUnset, 200, 50), "0|2,3|200,50",
-     "0|2"},
-    {"injector rate, smallest rate", kWellInjector, Point(kUnset, kUnset, 30, 20, kUnset, kUnset),
-     "0|0,2|20,400", "0|0"},
+    {"injector BHP", kWellInjector, Pressure(200), "0|2|200", "0|2"},
+    {"injector pressure", kWellInjector, Pressure(200, 50), "0|2,3|200,50", "0|2"},
+    {"injector rate, smallest rate", kWellInjector, Point(kUnset, kUnset, 30, 20), "0|0,2|20,400", "0|0"},
     {"injector all", kWellInjector, Point(5, kUnset, kUnset, kUnset, kUnset, 50), "0|0,2,3|5,400,50", "0|0"},
-    {"BHP", kWellProducer, Point(kUnset, kUnset, kUnset, kUnset, 150, kUnset), "0|5|150", "0|5"},
-    {"dual pressure", kWellProducer, Point(kUnset, kUnset, kUnset, kUnset, kUnset, 40), "0|5,6|14,40", "0|5"},
-    {"gas", kWellProducer, Point(500, kUnset, kUnset, kUnset, kUnset, kUnset), "0|0,5|500,14", "0|0"},
-    {"oil", kWellProducer, Point(kUnset, 100, kUnset, kUnset, 120, kUnset), "0|1,5|100,120", "0|1"},
-    {"water", kWellProducer, Point(kUnset, kUnset, 80, kUnset, kUnset, kUnset), "0|2,5|80,14", "0|2"},
-    {"liquid, oil and water without a liquid rate", kWellProducer,
-     Point(kUnset, 100, 80, kUnset, kUnset, kUnset), "0|3,5|0,14", "0|3"},
-    {"gas+liquid, no liquid: gas", kWellProducer, Point(500, 100, kUnset, kUnset, kUnset, kUnset),
-     "0|0,3,5|500,0,14", "0|0"},
-    {"gas+liquid, low ratio: liquid", kWellProducer, Point(100, kUnset, kUnset, 20, kUnset, kUnset),
-     "0|0,3,5|100,20,14", "0|3"},
-    {"mixed, oil", kWellProducer, Point(kUnset, 100, kUnset, kUnset, kUnset, 40), "0|1,5,6|100,14,40", "0|1",
-     true},
+    {"BHP", kWellProducer, Pressure(150), "0|5|150", "0|5"},
+    {"dual pressure", kWellProducer, Pressure(kUnset, 40), "0|5,6|14,40", "0|5"},
+    {"gas", kWellProducer, Point(500), "0|0,5|500,14", "0|0"},
+    {"oil", kWellProducer, Point(kUnset, 100, kUnset, kUnset, 120), "0|1,5|100,120", "0|1"},
+    {"water", kWellProducer, Point(kUnset, kUnset, 80), "0|2,5|80,14", "0|2"},
+    {"liquid, oil and water without a liquid rate", kWellProducer, Point(kUnset, 100, 80), "0|3,5|0,14",
+     "0|3"},
+    {"gas+liquid, no liquid: gas", kWellProducer, Point(500, 100), "0|0,3,5|500,0,14", "0|0"},
+    {"gas+liquid, low ratio: liquid", kWellProducer, Point(100, kUnset, kUnset, 20), "0|0,3,5|100,20,14",
+     "0|3"},
+    {"mixed, oil", kWellProducer, Point(kUnset, 100, kUnset, kUnset, kUnset, 40), "0|1,5,6|100,14,40", "0|1"},
     {"mixed, low ratio: liquid", kWellProducer, Point(100, kUnset, kUnset, 20, 90, 40),
-     "0|3,0,5,6|20,100,90,40", "0|3", true},
+     "0|3,0,5,6|20,100,90,40", "0|3"},
     {"mixed, liquid unset and sent as it is: gas", kWellProducer, Point(300, 100, kUnset, kUnset, kUnset, 40),
-     "0|3,0,5,6|-1,300,14,40", "0|0", true},
+     "0|3,0,5,6|-1,300,14,40", "0|0"},
 };
 
-class WellTargets : public ::testing::Test {
+class WellTargets : public RequesterTest {
   protected:
     void SetUp() override {
-        Script().Reset();
-        wells_.Clear();
-        log_.str("");
-        error_.clear();
-        scripted_.throwOn.clear();
+        RequesterTest::SetUp();
         units_.SetUp("FIELD");
-        requester_.defaultInjectorBhp = 400.0;
-        requester_.defaultProducerBhp = 14.0;
+        for (WellRequester* requester : {&requester_, &throwing_}) {
+            requester->defaultInjectorBhp = 400.0;
+            requester->defaultProducerBhp = 14.0;
+        }
     }
     // An open well under the network's control, its status and injection phase already as its target
     // wants them.
@@ -127,13 +112,8 @@ class WellTargets : public ::testing::Test {
         return limits;
     }
 
-    FluidProperties fluid_;
-    TNavUnitSystem units_;
-    WellList wells_;
-    std::ostringstream log_;
-    ThrowingRequester scripted_;
-    WellRequester requester_{&scripted_, &log_};
-    std::string error_;
+    ThrowingRequester thrower_;
+    WellRequester throwing_{&thrower_, &log_};
 };
 
 TEST_F(WellTargets, EachGroupSendsItsLimitsValuesAndTargetInThreeCalls) {
@@ -158,11 +138,11 @@ TEST_F(WellTargets, EachGroupSendsItsLimitsValuesAndTargetInThreeCalls) {
 }
 
 TEST_F(WellTargets, InjectorPressureGroupsReadThePressuresOfTheWellsAtTheHeadOfTheList) {
-    Add(kWellProducer, Point(kUnset, kUnset, kUnset, kUnset, 11, kUnset));
-    Add(kWellProducer, Point(kUnset, kUnset, kUnset, kUnset, 22, kUnset));
-    Add(kWellInjector, Point(kUnset, kUnset, kUnset, kUnset, 300, kUnset));  // BHP
-    Add(kWellInjector, Point(kUnset, kUnset, kUnset, kUnset, 310, 50));      // pressure
-    Add(kWellInjector, Point(kUnset, kUnset, 10, kUnset, 320, kUnset));      // rate
+    Add(kWellProducer, Pressure(11));
+    Add(kWellProducer, Pressure(22));
+    Add(kWellInjector, Pressure(300));                           // BHP
+    Add(kWellInjector, Pressure(310, 50));                       // pressure
+    Add(kWellInjector, Point(kUnset, kUnset, 10, kUnset, 320));  // rate
     ASSERT_TRUE(Apply()) << error_;
     const auto enabling = [](const char* name) {
         std::vector<std::string> args;
@@ -176,8 +156,8 @@ TEST_F(WellTargets, InjectorPressureGroupsReadThePressuresOfTheWellsAtTheHeadOfT
 }
 
 TEST_F(WellTargets, OneGroupInTheLog) {
-    Add(kWellProducer, Point(kUnset, kUnset, kUnset, kUnset, 150, kUnset));
-    Add(kWellProducer, Point(kUnset, kUnset, kUnset, kUnset, 160, kUnset)).target.Efficiency = 0.25;
+    Add(kWellProducer, Pressure(150));
+    Add(kWellProducer, Pressure(160)).target.Efficiency = 0.25;
     ASSERT_TRUE(Apply()) << error_;
     EXPECT_EQ(
         log_.str(),
@@ -193,17 +173,17 @@ TEST_F(WellTargets, OneGroupInTheLog) {
 TEST_F(WellTargets, StatusEfficiencyAndPhaseListsFollowControlAndStatus) {
     const auto build = [this] {
         SetUp();
-        Add(kWellProducer, Point(kUnset, kUnset, kUnset, kUnset, 100, kUnset));
+        Add(kWellProducer, Pressure(100));
         wells_[0].underVaneControl = false;  // never connected
         wells_[0].targetStatus = kStatusUnknown;
-        Add(kWellProducer, Point(kUnset, kUnset, kUnset, kUnset, 100, kUnset)).targetStatus = kStatusUnknown;
-        Add(kWellProducer, Point(kUnset, kUnset, kUnset, kUnset, 100, kUnset)).targetStatus = kStatusStop;
+        Add(kWellProducer, Pressure(100)).targetStatus = kStatusUnknown;
+        Add(kWellProducer, Pressure(100)).targetStatus = kStatusStop;
         // Open as it is: no status. An efficiency of 1 or more is sent as 1.
-        Add(kWellInjector, Point(kUnset, kUnset, 10, kUnset, kUnset, kUnset)).target.Efficiency = 1.5;
-        WellData& reopened = Add(kWellInjector, Point(10, kUnset, kUnset, kUnset, kUnset, kUnset));
+        Add(kWellInjector, Point(kUnset, kUnset, 10)).target.Efficiency = 1.5;
+        WellData& reopened = Add(kWellInjector, Point(10));
         std::tie(reopened.status, reopened.injectionPhase) = std::tuple(kStatusShut, kPhaseWater);
-        Add(kWellProducer, Point(kUnset, kUnset, kUnset, kUnset, 100, kUnset)).target.Efficiency = 0.5;
-        WellData& tapped = Add(kWellProducer, Point(50, kUnset, kUnset, kUnset, kUnset, kUnset));
+        Add(kWellProducer, Pressure(100)).target.Efficiency = 0.5;
+        WellData& tapped = Add(kWellProducer, Point(50));
         std::tie(tapped.underVaneControl, tapped.underTapServerControl) = std::tuple(false, true);
         std::tie(tapped.status, tapped.target.Efficiency) = std::tuple(kStatusShut, -0.2);
     };
@@ -242,10 +222,9 @@ TEST_F(WellTargets, StatusEfficiencyAndPhaseListsFollowControlAndStatus) {
 
 TEST_F(WellTargets, ThermalWaterInjectorsGetTemperatureAndGasInjectorsComposition) {
     fluid_.modelType = 4;  // thermal compositional
-    Add(kWellInjector, Point(kUnset, kUnset, 10, kUnset, kUnset, kUnset)).target.Temperature = 350;
-    Add(kWellInjector, Point(20, kUnset, kUnset, kUnset, kUnset, kUnset)).target.Temperature = 360;
-    Add(kWellInjector, Point(kUnset, kUnset, 5, kUnset, kUnset, kUnset)).target.Temperature =
-        TNavUnitSystem::kNoValue;
+    Add(kWellInjector, Point(kUnset, kUnset, 10)).target.Temperature = 350;
+    Add(kWellInjector, Point(20)).target.Temperature = 360;
+    Add(kWellInjector, Point(kUnset, kUnset, 5)).target.Temperature = TNavUnitSystem::kNoValue;
     for (WellData& well : wells_) well.composition.SetHcCount(2);
     wells_[1].composition.rateFractions = {0.6, 0.4};
     ASSERT_TRUE(Apply()) << error_;
@@ -261,8 +240,8 @@ TEST_F(WellTargets, ThermalWaterInjectorsGetTemperatureAndGasInjectorsCompositio
 
     // The first well of the list decides whether compositions are sent at all.
     SetUp();
-    Add(kWellInjector, Point(20, kUnset, kUnset, kUnset, kUnset, kUnset)).composition.SetHcCount(0);
-    Add(kWellInjector, Point(20, kUnset, kUnset, kUnset, kUnset, kUnset)).composition.SetHcCount(2);
+    Add(kWellInjector, Point(20)).composition.SetHcCount(0);
+    Add(kWellInjector, Point(20)).composition.SetHcCount(2);
     ASSERT_TRUE(Apply()) << error_;
     EXPECT_EQ(Script().Count("set_injected_gas_composition"), 0);
     EXPECT_EQ(Script().Count("set_injector_thermal_parameters"), 0);
@@ -274,15 +253,15 @@ TEST_F(WellTargets, EachFailureStopsTheSendWithItsMessageInTheLog) {
     const auto build = [this] {
         SetUp();
         fluid_.modelType = 2;  // thermal black oil
-        Add(kWellInjector, Point(kUnset, kUnset, kUnset, kUnset, 200, kUnset)).status = kStatusShut;
-        Add(kWellInjector, Point(kUnset, kUnset, kUnset, kUnset, 200, 50));
-        WellData& water = Add(kWellInjector, Point(kUnset, kUnset, 10, kUnset, kUnset, kUnset));
+        Add(kWellInjector, Pressure(200)).status = kStatusShut;
+        Add(kWellInjector, Pressure(200, 50));
+        WellData& water = Add(kWellInjector, Point(kUnset, kUnset, 10));
         std::tie(water.injectionPhase, water.target.Temperature) = std::tuple(kPhaseGas, 350.0);
         Add(kWellInjector, Point(20, kUnset, kUnset, kUnset, kUnset, 50)).composition.SetHcCount(1);
         wells_[0].composition.SetHcCount(1);
         Add(kWellProducer, Point(kUnset, 100, kUnset, kUnset, kUnset, 40));
-        Add(kWellProducer, Point(kUnset, kUnset, kUnset, kUnset, 150, kUnset));
-        Add(kWellProducer, Point(500, 100, kUnset, kUnset, kUnset, kUnset));
+        Add(kWellProducer, Pressure(150));
+        Add(kWellProducer, Point(500, 100));
     };
     const std::tuple<const char*, int, const char*> cases[] = {
         {"set_new_well_statuses", 1, "Error when setting well statuses: refused"},
@@ -307,8 +286,7 @@ TEST_F(WellTargets, EachFailureStopsTheSendWithItsMessageInTheLog) {
         EXPECT_FALSE(Apply()) << text;
         EXPECT_EQ(error_, text);
         EXPECT_EQ(Script().CallNames().back(), call) << text;
-        const std::string log = log_.str();
-        EXPECT_EQ(log.substr(log.size() - error_.size() - 2), "\n" + error_ + "\n");
+        EXPECT_TRUE(EndsWithLine(log_.str(), error_)) << log_.str();
     }
 
     const std::tuple<const char*, int, const char*> thrown[] = {
@@ -323,8 +301,8 @@ TEST_F(WellTargets, EachFailureStopsTheSendWithItsMessageInTheLog) {
         for (int k = 0; k < 7; ++k) {
             if (k != only && wells_[k].IsProducer()) wells_[k].underVaneControl = false;
         }
-        scripted_.throwOn = call;
-        EXPECT_FALSE(Apply(kUnconnectedUnderDeck));
+        thrower_.throwOn = call;
+        EXPECT_FALSE(ApplyWellTargets(throwing_, wells_, units_, kUnconnectedUnderDeck, error_));
         EXPECT_EQ(error_, text);
     }
 
