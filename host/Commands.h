@@ -23,6 +23,7 @@ enum Command : std::uint32_t {
     kGetNextEvent = 62,
     kGetVar = 96,
     kSetVar = 97,
+    kDoCmd = 98,
     kGetModMsg = 129,
     kSetTopLevelFile = 136,
 };

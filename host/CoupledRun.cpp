@@ -1,6 +1,7 @@
 #include "host/CoupledRun.h"
 
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <string>
 
@@ -47,6 +48,13 @@ double Pressure(double value) {
     return value > kNoValueAbove ? std::numeric_limits<double>::quiet_NaN() : value;
 }
 
+// A number the driver gave as text; not a number when it gave none.
+double Number(const std::string& text) {
+    char* end = nullptr;
+    const double value = std::strtod(text.c_str(), &end);
+    return end == text.c_str() ? std::numeric_limits<double>::quiet_NaN() : value;
+}
+
 std::vector<Member> Members(const Scenario& scenario, const std::vector<QueriedWell>& queried) {
     std::vector<Member> members;
     for (const NetworkWell& well : scenario.wells) {
@@ -77,6 +85,7 @@ WellStep ReadWellStep(ModelClient& model, const Member& member, const WellInflow
     step.injector = member.injector;
     step.phase = member.well->phase;
     step.table = inflow.table;
+    step.correction = inflow.correction;
     step.asked = asked;
     const std::int32_t base = kFirstWellRow + kRowsPerWell * member.index;
     if (member.injector) {
@@ -130,6 +139,10 @@ CoupledRun::CoupledRun(Plugin& plugin, const Scenario& scenario,
 void CoupledRun::Run() {
     ModelClient model(plugin_);
     StartScenarioCase(model, scenario_, progress_);
+    if (scenario_.correctedInflow) {
+        progress_ << "rivulet-host: calibrating the inflow correction on the case" << std::endl;
+        model.DoCmd("TNAVIGATOR.CalculateIprCorrection");
+    }
     const std::vector<Member> members = Members(scenario_, model.QueryWells());
     const CalendarDate deckStart = model.StartDate();
     const CalendarDate start = scenario_.start.value_or(deckStart);
@@ -150,7 +163,11 @@ void CoupledRun::Run() {
     for (std::size_t n = 0; n < dates.size(); ++n) {
         std::vector<WellInflow> inflows;
         for (const Member& member : members) {
-            inflows.push_back({member.well, member.injector, model.GetIpr(member.index)});
+            WellInflow& inflow =
+                inflows.emplace_back(WellInflow{member.well, member.injector, model.GetIpr(member.index)});
+            if (scenario_.correctedInflow)
+                inflow.correction =
+                    Number(model.GetVar("TNAVIGATOR.WELL[{" + member.well->name + "}].IprCorrection"));
         }
         const NetworkSolution solution = SolveNetwork(inflows, scenario_);
         for (std::size_t k = 0; k < members.size(); ++k) {

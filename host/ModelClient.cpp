@@ -67,6 +67,10 @@ std::string ModelClient::GetVar(const std::string& access) {
     return record.Text(16, 512);
 }
 
+void ModelClient::DoCmd(const std::string& command) {
+    Send(("DoCmd " + command).c_str(), kDoCmd, Arg(command.c_str()));
+}
+
 void ModelClient::StartSimulator() {
     started_ = true;
     Send("StartSimulator", kStartSimulator);

@@ -42,6 +42,7 @@ class ModelClient {
 
     void SetVar(const std::string& access, const std::string& value);
     std::string GetVar(const std::string& access);
+    void DoCmd(const std::string& command);
     void StartSimulator();
     std::vector<QueriedWell> QueryWells();
     CalendarDate StartDate();

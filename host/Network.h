@@ -49,6 +49,7 @@ struct WellInflow {
     const NetworkWell* well = nullptr;
     bool injector = false;
     InflowTable table;
+    double correction = 1.0;  // what the driver's inflow correction made of the table's rates
 };
 
 // Every well at the scenario's manifold (producers) and injection header (injectors). When the producers'

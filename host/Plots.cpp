@@ -182,9 +182,22 @@ class PlotWriter {
                 data_ << Number(ControlledRate(table, well.phase, p)) << ' ' << Number(table.pressure[p])
                       << '\n';
             }
+            // A corrected table is drawn beside the simulator's own, which is its rates over the correction.
+            const double correction = record.correction;
+            const bool corrected = std::isfinite(correction) && correction > 0.0 && correction != 1.0;
             plots.push_back(dataName_ + " index " + std::to_string(block) +
                             " using 1:2 with linespoints pt 6 ps 0.6 lw 2 lt " + std::to_string(curve) +
-                            " title " + Quoted(date));
+                            " title " + Quoted(corrected ? date + " corrected" : date));
+            if (corrected) {
+                const int raw = Block("raw inflow " + well.name + " " + date);
+                for (std::size_t p = 0; p < table.pressure.size(); ++p) {
+                    data_ << Number(ControlledRate(table, well.phase, p) / correction) << ' '
+                          << Number(table.pressure[p]) << '\n';
+                }
+                plots.push_back(dataName_ + " index " + std::to_string(raw) +
+                                " using 1:2 with lines dt 2 lw 1 lt " + std::to_string(curve) + " title " +
+                                Quoted(date + " raw"));
+            }
             if (record.asked.shut) continue;
             // The asked point joins the table so that the controlled phase is judged on the whole table.
             table.oil.push_back(record.asked.oil);

@@ -130,7 +130,7 @@ void WriteCsv(const fs::path& folder, const std::vector<StepRecord>& steps,
     std::ofstream wells = OpenCsv(wellsFile);
     wells
         << "date,days,well,injector,shut,asked_oil_stb_d,asked_water_stb_d,asked_gas_mmscf_d,asked_bhp_psig,"
-           "oil_stb_d,water_stb_d,gas_mmscf_d,bhp_psig";
+           "oil_stb_d,water_stb_d,gas_mmscf_d,bhp_psig,ipr_correction";
     for (const std::string& variable : wellVariables) wells << ',' << CsvText(variable);
     wells << '\n';
     for (const StepRecord& step : steps) {
@@ -140,7 +140,7 @@ void WriteCsv(const fs::path& folder, const std::vector<StepRecord>& steps,
                   << CsvNumber(well.asked.oil) << ',' << CsvNumber(well.asked.water) << ','
                   << CsvNumber(well.asked.gas) << ',' << CsvNumber(well.asked.pressure) << ','
                   << CsvNumber(well.oil) << ',' << CsvNumber(well.water) << ',' << CsvNumber(well.gas) << ','
-                  << CsvNumber(well.bhp);
+                  << CsvNumber(well.bhp) << ',' << CsvNumber(well.correction);
             for (std::size_t k = 0; k < wellVariables.size(); ++k)
                 wells << ',' << (k < well.variables.size() ? CsvText(well.variables[k]) : std::string());
             wells << '\n';

@@ -57,7 +57,9 @@ class ScenarioReader {
 
     Scenario Read() {
         const toml::table root = Parse();
-        CheckKeys(root, {"case", "settings", "run", "network", "tubing", "well", "cluster", "report"}, "");
+        CheckKeys(root,
+                  {"case", "settings", "run", "network", "tubing", "well", "cluster", "report", "inflow"},
+                  "");
         ReadCase(root);
         if (const toml::node* settings = root.get("settings")) ReadSettings(TableOf(*settings, "settings"));
         ReadRun(RequiredTable(root, "run"));
@@ -66,6 +68,7 @@ class ScenarioReader {
         ReadWells(root);
         if (const toml::node* cluster = root.get("cluster")) ReadCluster(TableOf(*cluster, "cluster"));
         if (const toml::node* report = root.get("report")) ReadReport(TableOf(*report, "report"));
+        if (const toml::node* inflow = root.get("inflow")) ReadInflow(TableOf(*inflow, "inflow"));
         return std::move(Result);
     }
 
@@ -304,6 +307,16 @@ class ScenarioReader {
         target.user = Text(Required(cluster, "user", "[cluster]"), "cluster.user", "a string");
         target.password = Text(Required(cluster, "password", "[cluster]"), "cluster.password", "a string");
         Result.cluster = std::move(target);
+    }
+
+    // A corrected inflow is the case's "Corrected" inflow model, whatever [settings] says of it.
+    void ReadInflow(const toml::table& inflow) {
+        CheckKeys(inflow, {"corrected"}, "[inflow]");
+        const toml::node* node = inflow.get("corrected");
+        if (node == nullptr) return;
+        if (!node->is_boolean()) Expected(*node, "inflow.corrected", "true or false");
+        Result.correctedInflow = node->as_boolean()->get();
+        if (Result.correctedInflow) Result.settings.emplace_back("IprModel", "2");
     }
 
     void ReadReport(const toml::table& report) {

@@ -66,6 +66,8 @@ struct Scenario {
     FieldLimits limits;
     std::vector<NetworkWell> wells;
     std::optional<ClusterTarget> cluster;
+    // The inflow tables are corrected by the driver's inflow library, calibrated on the case before the run.
+    bool correctedInflow = false;
     // Well variables read by access string after every step, as they stand behind "TNAVIGATOR.WELL[{name}].":
     // "Status", "Bhp", "TARGET.Status", ...
     std::vector<std::string> wellVariables;

@@ -13,7 +13,9 @@ struct WellStep {
     std::string name;
     bool injector = false;
     NetworkPhase phase = NetworkPhase::kLiquid;
-    InflowTable table;     // the table the network solved on, at the start of the step
+    InflowTable table;  // the table the network solved on, at the start of the step
+    // The driver's correction of that table: its rates over the simulator's own, 1 when uncorrected.
+    double correction = 1.0;
     OperatingPoint asked;  // what the network asked of the well
     // What the well delivered over the step, from the driver's node results (STB/day, MMscf/day, psig);
     // for an injector the injected water and gas.

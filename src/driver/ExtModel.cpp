@@ -143,7 +143,7 @@ void CExtModel::RegisterIprWells() {
         for (const WellData& well : Reservoir->wells) {
             // A well counts as liquid when its table has rows and their gas to liquid ratio is not above
             // 3300 scf/STB; a table without rows makes it neither, and it is entered as gas.
-            const bool liquid = well.ipr.Length() > 0 && well.ipr.IsGasRatioNotAbove(3300.0);
+            const bool liquid = well.ipr.Length() > 0 && well.ipr.IsGasRatioNotAbove(kGasWellRatio);
             AddIPRWell(IprModel, index++, well.name.c_str(), well.IsProducer(), liquid);
             GasWellMap[well.name] = liquid;
         }

@@ -37,6 +37,9 @@ enum FieldTotal : int {
     kFieldTotalCount
 };
 
+// A well whose inflow table gives more than this many scf of gas per STB of liquid counts as a gas well.
+inline constexpr double kGasWellRatio = 3300.0;
+
 class CExtModel : public CExtInterface {
   public:
     CExtModel();
@@ -101,6 +104,13 @@ class CExtModel : public CExtInterface {
     std::int32_t InitialiseForSimCalc(char* err);
     std::int32_t SetWellCtrlForSimCalc(std::int32_t well, double rate, char* err);
     std::int32_t GetWellRatesForSimCalc(std::int32_t well, _tGetSetData* data, char* err);
+
+    // The case dialog's "Calculate now": runs the inflow library's calculation with `caseSettings` in force,
+    // the model's lock free, then stops the simulator and puts back the settings, the run's dates and step
+    // count and the wells' controls that it found. The library's answer (0 when it calculated).
+    std::int32_t CalculateIprCorrection(HostWindow parent, const CaseSettings& caseSettings);
+    // "Recalculate" when there are wells and the library has calculated for them, else "Calculate now".
+    std::string IprCalculationLabel() const;
 
     // The session exists and its manager reports a connection.
     bool IsConnected() const;

@@ -123,6 +123,21 @@ std::int32_t CExtModel::DoCmd(const char* command, tErrorRecord* err) {
     if (!tag.MatchName(kRootName)) return 1;
 
     CExtDataServerCmdArgumentCollection arguments;
+    // Until a dialog offers it, scripts start the case's inflow calculation, as its button would.
+    if (tag.ParseCommand("CalculateIprCorrection", arguments, 0, 0) >= 0) {
+        if (tag.HasError()) {
+            WriteText(err, tag.GetErrorText());
+            return 1;
+        }
+        CaseSettings present;
+        {
+            Guard lock(Lock);
+            present = Settings;
+        }
+        if (CalculateIprCorrection(0, present) == 0) return 0;
+        WriteText(err, "The corrected inflow could not be calculated for this case.");
+        return 1;
+    }
     if (tag.ParseCommand("RunToTime", arguments, 1, 1) < 0) return 0;  // an unknown command counts as done
     if (tag.HasError()) {
         WriteText(err, tag.GetErrorText());

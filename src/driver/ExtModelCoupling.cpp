@@ -1,6 +1,7 @@
 // The operations that show the reservoir to Conflux as network nodes: enumeration, compositions, inflow
 // tables, connections and operating points. A well is named across the boundary by its index.
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -30,6 +31,16 @@ constexpr std::int32_t kGetSetExtensionSize = 776;
 constexpr std::int32_t kIprModelCorrected = 2;
 
 // An entry of a table column, or `missing` when the column is short.
+// The magnitudes of every rate of an inflow record's rows, oil, water and gas alike: the measure by which a
+// correction of the whole table is told.
+double TotalRate(const _tGetSetData& data) {
+    double total = 0.0;
+    for (int row = 0; row < std::clamp(data.iNumPoints, 0, kMaxIprPoints); ++row)
+        total += std::fabs(data.adOilRate[row]) + std::fabs(data.adWaterRate[row]) +
+                 std::fabs(data.adGasRate[row]);
+    return total;
+}
+
 double Entry(const std::vector<double>& column, std::size_t row, double missing = 0.0) {
     return row < column.size() ? column[row] : missing;
 }
@@ -154,7 +165,7 @@ std::int32_t CExtModel::GetIPR(_tGetSetData* data, tErrorRecord* err) {
         return 1;
     }
     const std::int32_t index = data->iWellIndex;
-    const WellData* well = Reservoir->wells.At(index);
+    WellData* well = Reservoir->wells.At(index);
     if (well == nullptr) {
         WriteFormat(err, "The requested well No. %d does not exist (function call GetIPR).", index + 1);
         return 1;
@@ -220,10 +231,14 @@ std::int32_t CExtModel::GetIPR(_tGetSetData* data, tErrorRecord* err) {
     data->dPresentWaterRate = flowing ? units.toFieldLiquidRate(well->WaterRate()) : idle;
     data->dPresentGasRate = flowing ? units.toFieldGasRate(well->GasRate()) : idle;
 
-    if (Settings.IprModel == kIprModelCorrected && !TransformIprRecord(*well, data)) {
+    well->iprCorrection = 1.0;
+    if (Settings.IprModel != kIprModelCorrected) return 0;
+    const double raw = TotalRate(*data);
+    if (!TransformIprRecord(*well, data)) {
         WriteText(err, "An exception was thrown during TransformIPR()");
         return 1;
     }
+    if (raw > 0.0) well->iprCorrection = TotalRate(*data) / raw;
     return 0;
 }
 

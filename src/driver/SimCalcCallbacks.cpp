@@ -61,7 +61,9 @@ std::int32_t RunToForSimCalc(void* model, double days, char* err) {
     const OleDate now = m->CurrentDateTime();
     tTimestepData step{};
     step.iSize = sizeof(tTimestepData);
-    if (!DateToBoundary(OleDate::FromDays(now.Days() + days), &step.stTarget) || !now.IsValid()) {
+    // A target outside the calendar (or no number of days at all) cannot be a date.
+    const OleDate target = OleDate::FromDays(now.Days() + days);
+    if (!now.IsValid() || !target.ToCalendar() || !DateToBoundary(target, &step.stTarget)) {
         const std::string text =
             "Invalid end date in RunToForSimCalc: model's start date is " + now.FormatLocale() + ".";
         WriteCallbackText(err, text);

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string_view>
+#include <unordered_map>
 
 #include "common/FormatText.h"
 #include "dataserver/TNavUnitSystem.h"
@@ -56,6 +58,31 @@ bool WriteSinglePhaseRate(OperatingPoint& target, int control, const Rates& r, c
 }
 
 }  // namespace
+
+std::vector<WellControlState> CaptureControls(const WellList& wells) {
+    std::vector<WellControlState> controls;
+    for (const WellData& well : wells) {
+        controls.push_back({well.name, well.underVaneControl, well.underTapServerControl,
+                            well.vaneRateControl, well.targetStatus, well.injectionPhase, well.target});
+    }
+    return controls;
+}
+
+void RestoreControls(WellList& wells, const std::vector<WellControlState>& controls) {
+    std::unordered_map<std::string_view, const WellControlState*> byName;
+    for (const WellControlState& control : controls) byName.emplace(control.name, &control);
+    for (WellData& well : wells) {
+        const auto found = byName.find(well.name);
+        if (found == byName.end()) continue;
+        const WellControlState& c = *found->second;
+        well.underVaneControl = c.underVaneControl;
+        well.underTapServerControl = c.underTapServerControl;
+        well.vaneRateControl = c.vaneRateControl;
+        well.targetStatus = c.targetStatus;
+        well.injectionPhase = c.injectionPhase;
+        well.target = c.target;
+    }
+}
 
 void ClearControls(WellList& wells) {
     for (WellData& well : wells) {

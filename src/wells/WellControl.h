@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "dataserver/OperatingPoint.h"
+
 namespace rivulet {
 
 class TNavUnitSystem;
@@ -63,6 +65,22 @@ bool DeriveInjectionPhase(WellData& well);
 // Open (as the well's kind) when the node is not masked; a masked node is shut for mask kinds -1 and 2 and
 // stopped for any other.
 void SetTargetStatusFromNode(WellData& well, bool maskFlag, int maskKind);
+
+// What a well's control is made of: who controls it, by which rate, its target and its injection phase.
+struct WellControlState {
+    std::string name;
+    bool underVaneControl = false;
+    bool underTapServerControl = false;
+    std::int32_t vaneRateControl = 0;
+    std::int32_t targetStatus = 0;
+    std::int32_t injectionPhase = 0;
+    OperatingPoint target;
+};
+
+// The control of every well, in list order.
+std::vector<WellControlState> CaptureControls(const WellList& wells);
+// Gives each well of `wells` the control captured under its name; a well not captured keeps its own.
+void RestoreControls(WellList& wells, const std::vector<WellControlState>& controls);
 
 // --- Operating points ---
 

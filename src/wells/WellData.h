@@ -160,6 +160,9 @@ class WellData : public CExtDataServerObject {
     WellComposition composition;
     bool underVaneControl = false;
     bool underTapServerControl = false;
+    // What the inflow library made of the well's last inflow table: the corrected table's rates over the
+    // raw ones, 1 when the table went uncorrected. Not saved with the model.
+    double iprCorrection = 1.0;
     const FluidProperties* fluid = nullptr;  // the reservoir's, not owned
 
   private:

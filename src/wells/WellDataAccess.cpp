@@ -125,6 +125,7 @@ std::int32_t WellData::ReadVariable(CExtDataServerTag& tag) const {
         return OperatingPoint(target).ProcessAccessString(tag, nullptr);
     }
     if (tag.MatchSpelling("HcComponent", "HCCOMPONENT")) return ReadComponentVariable(tag);
+    if (ReadReal(tag, "IprCorrection", iprCorrection)) return 1;
     return ReadIdentity(tag);
 }
 

@@ -2,7 +2,9 @@
 // reports started or running, the run flag, dates, callbacks and field totals.
 #pragma once
 
+#include <map>
 #include <memory>
+#include <string>
 
 #include "ScriptedApi.h"
 #include "driver/ExtModel.h"
@@ -61,6 +63,7 @@ struct ExtModelProbe {
         model.FieldTotals[total] = value;
     }
     static void SetStepCount(CExtModel& model, std::int32_t steps) { model.StepCount = steps; }
+    static std::map<std::string, bool>& GasWellMap(CExtModel& model) { return model.GasWellMap; }
 };
 
 }  // namespace rivulet

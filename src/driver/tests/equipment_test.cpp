@@ -118,8 +118,8 @@ TEST_F(Equipment, EachComponentRowHasATagPerComponent) {
 }
 
 TEST_F(Equipment, NamesComeBackUnchanged) {
-    const std::vector<std::string> names = {
-        "A&B", "<x>", "q\"uote'", "Ünïcødé", "tab\tname", " spaced ", "]}{["};
+    const std::vector<std::string> names = {"A&B",       "<x>",      "q\"uote'", "Ünïcødé",
+                                            "tab\tname", " spaced ", "]}{["};
     ReservoirData& reservoir = ExtModelProbe::MakeReservoir(model_);
     for (const std::string& name : names) {
         WellData well;

@@ -189,6 +189,35 @@ TEST_F(StartPath, AClusterCaseConnectsToItsHeadNode) {
 
 using Initialise = StartPath;
 
+TEST_F(Initialise, TheInflowLibrarysStartReadsEveryWellAndKeepsTheNetworksWellsAsTheyWere) {
+    IPRInitialiseForSimCalcCallback initialise = nullptr;
+    ASSERT_EQ(InflowKitInspectCallbacks(model_.GetIprModel(), nullptr, &initialise, nullptr, nullptr, nullptr,
+                                        nullptr),
+              1);
+    ASSERT_EQ(Start(), 0) << err_.szText;
+    Restart();  // the wells read stay
+    tSetConnectionData connect{};
+    connect.iWellIndex = 1;
+    connect.bConnect = 1;
+    ASSERT_EQ(model_.SetConnection(&connect, &err_), 0);
+    CaseSettings& settings = model_.GetSettings();
+    std::tie(settings.IprModel, settings.RateControl, settings.IprAlpha) = std::tuple(2, 3, 1);
+
+    char err[1024] = {};
+    ASSERT_EQ(initialise(&model_, err), 0) << err;
+    EXPECT_EQ(Script().Count("launch_job"), 2);
+    EXPECT_EQ(std::tuple(settings.IprModel, settings.RateControl, settings.IprAlpha), std::tuple(1, 1, 0));
+    EXPECT_EQ(std::tuple(WellAt(0).underVaneControl, WellAt(1).underVaneControl, WellAt(2).underVaneControl),
+              std::tuple(false, true, false));
+
+    // A calibration needs a year of deck ahead of it.
+    Script().state.end = {2015, 12, 1};
+    Restart();
+    EXPECT_EQ(initialise(&model_, err), 1);
+    EXPECT_NE(std::string(err).find("exceeds the end date set in the model's deck file"), std::string::npos)
+        << err;
+}
+
 TEST_F(Initialise, ANullRecordStartsTheRunAndTheFieldTotalsAreTheWellsSumsInFieldUnits) {
     ASSERT_EQ(Init(nullptr), 0) << err_.szText;
     EXPECT_TRUE(model_.IsRunActive());
@@ -584,16 +613,6 @@ TEST(CExtModel, HandsTheInflowLibraryItselfAsContextAndAllSixCallbacks) {
         InflowKitInspectCallbacks(model.GetIprModel(), &elapsed, &init, &setWell, &runTo, &blockIpr, &rates),
         1);
     ASSERT_TRUE(elapsed && init && setWell && runTo && blockIpr && rates);
-
-    // Through the callbacks a fresh model answers with the callbacks' own texts, at the buffer's start.
-    char err[300] = {};
-    EXPECT_EQ(setWell(&model, 0, 1.0, err), 1);
-    EXPECT_STREQ(err, "SetWellCtrlForSimCalc() was called before simulator is ready for data.");
-    EXPECT_EQ(rates(&model, 0, nullptr, err), 1);
-    EXPECT_STREQ(err, "A null item was sent to GetWellRatesForSimCalc()");
-    EXPECT_EQ(blockIpr(nullptr, 0, nullptr, err), 1);
-    EXPECT_STREQ(err, "A null item was sent to GetWellBlockIPRForSimCalc()");
-    EXPECT_EQ(runTo(&model, 1.0, nullptr), 1);  // a null buffer is a failure with nothing written
 }
 
 }  // namespace
