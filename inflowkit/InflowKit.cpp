@@ -142,4 +142,17 @@ int32_t InflowKitInspectCallbacks(void* model, IPRElapsedTimeCallback* elapsedTi
     });
 }
 
+int32_t InflowKitInspectFactor(void* model, const char* wellName, double* factor) {
+    return guarded(model, int32_t{0}, [&](IprModel& m) {
+        const inflowkit::IprFactor* found = wellName ? m.factorFor(wellName) : nullptr;
+        if (found == nullptr) return 0;
+        if (factor) *factor = found->factor;
+        return 1;
+    });
+}
+
+const char* InflowKitInspectLastError(void* model) {
+    return guarded(model, "", [](IprModel& m) { return m.lastError().c_str(); });
+}
+
 }  // extern "C"

@@ -4,9 +4,11 @@
  * C interface. Every entry point is safe to call with a null model (it does nothing and reports
  * failure where it has a result), and no C++ exception ever crosses it.
  *
- * This build carries no calibration yet: SetupIPR reports that no calculation was done,
- * HasDoneScalingCalculation answers 0 and TransformIPR leaves tables as they are. The
- * persisted block (SaveIPR/LoadIPR) already holds per-well factors for when it does.
+ * SetupIPR calibrates one factor per well against the simulator: it restarts the run, holds each
+ * flowing well at a few fixed rates for short periods, and fits how the rate the well delivered
+ * compares with the rate its block inflow table promised at the same bottom-hole pressure.
+ * TransformIPR then scales the well's table rates by that factor. SaveIPR/LoadIPR keep the
+ * factors with the caller's file, so a calibrated model reopens calibrated.
  */
 #ifndef INFLOWKIT_INFLOWKIT_H
 #define INFLOWKIT_INFLOWKIT_H
@@ -24,11 +26,24 @@
 extern "C" {
 #endif
 
-/* Rate/IPR exchange buffer; owned and laid out by the caller, opaque to InflowKit. */
+/* Rate/IPR exchange buffer, defined by the caller. InflowKit reads and writes its fields by byte
+ * offset (105368 bytes in all: int32 size at 0, int32 well index at 4, ten-row double columns of
+ * oil, water (STB/day), gas (MMscf/day), pressure (psig), mass rate and temperature at 16, 96, 176,
+ * 256, 336 and 416, int32 rows in use at 496). Entries of magnitude 3.2e35 or more hold no value. */
 struct _tGetSetData;
 
 /* Callbacks into the simulator. Each gets back the context given to CreateIPRModel as its first
- * argument; on failure they return nonzero and put a message at the start of `err`. */
+ * argument; on failure they return nonzero and put a message at the start of `err`, a zeroed
+ * buffer of at least 1024 chars. Records passed in are InflowKit's own, zeroed, with size and well
+ * index set.
+ *   elapsedTime      days since the run's start.
+ *   initialise       restarts the run from the deck's start (the wells are registered anew).
+ *   setWellCtrl      puts the well on a single rate control: gas rate (MMscf/day) for gas wells,
+ *                    liquid rate (STB/day) for liquid producers, water rate (STB/day) for liquid
+ *                    injectors; does nothing for a well whose table shows no flow.
+ *   runTo            runs the simulator `days` forward.
+ *   getWellBlockIPR  fills the record with the well's present inflow table.
+ *   getWellRates     fills row 0 with the well's present bottom-hole pressure and rates. */
 typedef double (*IPRElapsedTimeCallback)(void* ctx);
 typedef int32_t (*IPRInitialiseForSimCalcCallback)(void* ctx, char* err);
 typedef int32_t (*IPRSetWellCtrlForSimCalcCallback)(void* ctx, int32_t well, double rate, char* err);
@@ -57,15 +72,20 @@ INFLOWKIT_API void StartIPRAddWell(void* model);
 INFLOWKIT_API void AddIPRWell(void* model, int32_t index, const char* name, bool producer, bool liquid);
 INFLOWKIT_API void EndIPRAddWell(void* model);
 
-/* Runs the calibration through the callbacks. Returns 0 when a calculation was done, nonzero
- * otherwise; this build has no calibration and always returns nonzero, leaving the model as is. */
+/* Runs the calibration through the callbacks. Returns 0 when it was done (the factors are
+ * replaced). Otherwise nonzero, with the factors and HasDoneScalingCalculation as they were and
+ * the reason kept for InflowKitInspectLastError: a callback unset or failing, a junk elapsed time,
+ * or no well giving a usable sample. `parentWindow` is not used. */
 INFLOWKIT_API int32_t SetupIPR(uint64_t parentWindow, void* model);
 
-/* 1 once a scaling calculation has been done on this model, otherwise 0. */
+/* 1 once a scaling calculation has been done on this model, or a block holding factors was
+ * loaded into it; otherwise 0. */
 INFLOWKIT_API int32_t HasDoneScalingCalculation(void* model);
 
-/* Corrects `table` in place for the named well, given the `present` state. Without a calculation
- * the table is left untouched and 0 is returned. Nonzero on failure (e.g. null model). */
+/* Corrects `table` in place for the named well: the oil, water, gas and mass rates of the rows in
+ * use are multiplied by the well's factor (entries holding no value stay so); pressures and
+ * temperatures are left alone, as is the whole table of a well without a factor. `present` may be
+ * null. Returns 0, or nonzero for a null model, name or table. */
 INFLOWKIT_API int32_t TransformIPR(void* model, const char* wellName, const struct _tGetSetData* present,
                                    struct _tGetSetData* table);
 
@@ -99,6 +119,13 @@ INFLOWKIT_API int32_t InflowKitInspectCallbacks(void* model, IPRElapsedTimeCallb
                                                 IPRRunToForSimCalcCallback* runTo,
                                                 IPRGetWellBlockIPRForSimCalcCallback* getWellBlockIpr,
                                                 IPRGetWellRatesForSimCalcCallback* getWellRates);
+
+/* Returns 1 and sets `*factor` (if non-null) when the named well has a factor, otherwise 0. */
+INFLOWKIT_API int32_t InflowKitInspectFactor(void* model, const char* wellName, double* factor);
+
+/* Why the last failed SetupIPR stopped; "" if none has failed, or for a null model. A later
+ * success does not clear it. Valid until the next SetupIPR on the model. */
+INFLOWKIT_API const char* InflowKitInspectLastError(void* model);
 
 #ifdef __cplusplus
 }

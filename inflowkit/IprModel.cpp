@@ -1,9 +1,12 @@
 #include "IprModel.h"
 
+#include <algorithm>
 #include <optional>
 #include <utility>
 
+#include "GetSetRecord.h"
 #include "IprBlock.h"
+#include "IprCalibration.h"
 
 namespace inflowkit {
 
@@ -21,13 +24,44 @@ void IprModel::endWellList() {
 }
 
 bool IprModel::setup(uint64_t /*parentWindow*/) {
-    return false;
+    if (calculating_) {
+        lastError_ = "a calculation is already running on this model";
+        return false;
+    }
+    struct Running {
+        bool& flag;
+        explicit Running(bool& f) : flag(f) { flag = true; }
+        ~Running() { flag = false; }
+    } running(calculating_);
+
+    CalibrationOutcome outcome = IprCalibration::run(context_, callbacks_, wells_);
+    if (!outcome.error.empty()) {
+        lastError_ = std::move(outcome.error);
+        return false;
+    }
+    factors_ = std::move(outcome.factors);
+    scalingDone_ = true;
+    return true;
 }
 
-bool IprModel::transform(const char* /*wellName*/, const _tGetSetData* /*present*/,
-                         _tGetSetData* /*table*/) const {
-    // Factors restored from a block are kept for saving, but applying them needs the table
-    // layout, which this build does not know; with no calculation done there is nothing to apply.
+const IprFactor* IprModel::factorFor(const std::string& wellName) const {
+    const auto it = std::find_if(factors_.begin(), factors_.end(),
+                                 [&](const IprFactor& f) { return f.wellName == wellName; });
+    return it == factors_.end() ? nullptr : &*it;
+}
+
+bool IprModel::transform(const char* wellName, const _tGetSetData* /*present*/, _tGetSetData* table) const {
+    if (wellName == nullptr || table == nullptr) return false;
+    const IprFactor* factor = factorFor(wellName);
+    if (factor == nullptr) return true;
+    using getset::Column;
+    const int rows = getset::rowCount(table);
+    for (const Column column : {Column::kOil, Column::kWater, Column::kGas, Column::kMass}) {
+        for (int row = 0; row < rows; ++row) {
+            const double v = getset::read(table, column, row);
+            if (getset::hasValue(v)) getset::write(table, column, row, v * factor->factor);
+        }
+    }
     return true;
 }
 
@@ -39,6 +73,7 @@ bool IprModel::load(int fd) {
     std::optional<std::vector<IprFactor>> factors = IprBlock::read(fd);
     if (!factors) return false;
     factors_ = std::move(*factors);
+    scalingDone_ = !factors_.empty();
     return true;
 }
 

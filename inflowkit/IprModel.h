@@ -49,17 +49,24 @@ class IprModel {
     const std::vector<IprWell>& wells() const { return wells_; }
     WellListState wellListState() const { return wellListState_; }
 
-    // No calibration is available yet: nothing is run and false is returned.
+    // Runs a calibration through the callbacks (see IprCalibration). On success the factors are
+    // replaced and the model counts as calibrated; on failure the reason is kept in lastError()
+    // and the factors and calibrated state stay as they were.
     bool setup(uint64_t parentWindow);
     bool hasDoneScalingCalculation() const { return scalingDone_; }
+    // Why the last failed calculation stopped; "" if none has failed.
+    const std::string& lastError() const { return lastError_; }
 
-    // Applies the well's factor to `table`; without a calculation the table is left as it is.
+    // Scales the oil, water, gas and mass rates in the rows of `table` in use by the well's factor;
+    // a well without a factor keeps its table. False for a null name or table.
     bool transform(const char* wellName, const _tGetSetData* present, _tGetSetData* table) const;
 
     const std::vector<IprFactor>& factors() const { return factors_; }
+    const IprFactor* factorFor(const std::string& wellName) const;
 
     bool save(int fd) const;
-    // Replaces the factors with the block read from `fd`; on failure the model is unchanged.
+    // Replaces the factors with the block read from `fd`; a block with factors counts as a done
+    // calculation. On failure the model is unchanged.
     bool load(int fd);
 
   private:
@@ -69,6 +76,8 @@ class IprModel {
     WellListState wellListState_ = WellListState::kNeverStarted;
     std::vector<IprFactor> factors_;
     bool scalingDone_ = false;
+    std::string lastError_;
+    bool calculating_ = false;  // a callback may call back in; one calculation at a time
 };
 
 }  // namespace inflowkit

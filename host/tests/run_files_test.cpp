@@ -51,6 +51,7 @@ TEST_F(RunFolder, ReadsEveryField) {
     const Scenario full = ReadScenario(Write(R"(case = "../decks/CASE.DATA"
 cluster = { head_node = "hn01", port = 5050, user = "res", password = "secret" }
 report = { well_variables = ["Status", "TARGET.Bhp"] }
+inflow = { corrected = true }
 tubing = { standard = { hydrostatic = 1500.0, friction = 1.0e-5 } }
 [settings]
 RateControl = 1
@@ -83,7 +84,9 @@ phase = "gas"
     EXPECT_EQ(full.caseFile, Root / "decks" / "CASE.DATA");
     std::string settings;
     for (const auto& [key, value] : full.settings) settings += key + "=" + value + ";";
-    EXPECT_EQ(settings, "RateControl=1;IprAlpha=0.25;UseTables=1;Label=base;Spacing=1;");
+    // A corrected inflow is the case's inflow model 2, whatever the settings said.
+    EXPECT_EQ(settings, "RateControl=1;IprAlpha=0.25;UseTables=1;Label=base;Spacing=1;IprModel=2;");
+    EXPECT_TRUE(full.correctedInflow);
     EXPECT_EQ(std::tie(full.start, full.end, full.stepDays),
               std::tuple(CalendarDate{2015, 1, 1}, CalendarDate{2016, 1, 1}, 0.0));
     EXPECT_EQ(full.dates, (std::vector<CalendarDate>{{2015, 2, 1}, {2015, 3, 1}}));
@@ -111,7 +114,7 @@ well = [ { name = "P", phase = "default" } ]
 )"));
     EXPECT_FALSE(bare.start.has_value());
     EXPECT_EQ(bare.stepDays, 30.0);
-    EXPECT_TRUE(bare.dates.empty() && bare.settings.empty());
+    EXPECT_TRUE(bare.dates.empty() && bare.settings.empty() && !bare.correctedInflow);
     EXPECT_EQ(std::tie(bare.manifoldPressure, bare.injectionPressure), std::tuple(250.5, 0.0));
     EXPECT_FALSE(bare.limits.oil || bare.limits.gas || bare.limits.water || bare.cluster);
     EXPECT_EQ(bare.wells.at(0).phase, NetworkPhase::kDefault);
@@ -163,6 +166,8 @@ TEST_F(RunFolder, BrokenScenariosNameTheFileTheLineAndWhatWasExpected) {
               ":14: report.well_variables[2]: 'Bhp' is listed already"},
              {12, "tubing = \"standard\"\n[report]\nwell_variables = [\"Gas rate\"]",
               ":14: report.well_variables[1]: expected a well variable name such as \"Bhp\""},
+             {12, "tubing = \"standard\"\n[inflow]\ncorrected = 1",
+              ":14: inflow.corrected: expected true or false"},
          }) {
         std::vector<std::string> lines = base;
         lines.at(line - 1) = text;
@@ -193,7 +198,7 @@ std::vector<StepRecord> ThreeSteps(const std::string& injectorName = "INJ") {
         producer.table = {{2000 - 100 * k, 1000, 0}, {20, 10, 0}, {4, 2, 0}, {500, 2500, 4000 - 200 * k}};
         producer.asked = {false, 1234.5, 12.5, 2.5, 1500.3};
         producer.oil = 1200 - 100 * k, producer.water = 12.5, producer.gas = 2.25, producer.bhp = 1510.7;
-        producer.variables = {"Open", "2,5"};
+        producer.variables = {"Open", "2,5"}, producer.correction = 0.95;
         injector.name = injectorName, injector.injector = true, injector.phase = NetworkPhase::kWater;
         injector.table = {{0, 0}, {0, 3000 + 100 * k}, {0, 0}, {3000, 6000}};
         injector.asked = {shut, 0, shut ? 0 : 900.0, 0, shut ? 0 : 4000.0};
@@ -225,10 +230,11 @@ TEST_F(RunFolder, WriteCsvWritesHeadersAndRowsAndNamesTheFileItCannotWrite) {
     EXPECT_EQ(
         wells[0],
         "date,days,well,injector,shut,asked_oil_stb_d,asked_water_stb_d,asked_gas_mmscf_d,asked_bhp_psig,"
-        "oil_stb_d,water_stb_d,gas_mmscf_d,bhp_psig,Status,TARGET.Bhp");
-    EXPECT_EQ(wells[1], "2015-02-01,31,PROD,0,0,1234.5,12.5,2.5,1500.3,1200,12.5,2.25,1510.7,Open,\"2,5\"");
+        "oil_stb_d,water_stb_d,gas_mmscf_d,bhp_psig,ipr_correction,Status,TARGET.Bhp");
+    EXPECT_EQ(wells[1],
+              "2015-02-01,31,PROD,0,0,1234.5,12.5,2.5,1500.3,1200,12.5,2.25,1510.7,0.95,Open,\"2,5\"");
     // A well without the values (none were read for it) leaves their columns empty.
-    EXPECT_EQ(wells[4], "2015-03-01,59,\"INJ,\"\"1\"\"\",1,1,0,0,0,0,0,0,0,0,,");
+    EXPECT_EQ(wells[4], "2015-03-01,59,\"INJ,\"\"1\"\"\",1,1,0,0,0,0,0,0,0,0,1,,");
 
     // A folder that is a plain file cannot hold the CSV files.
     std::ofstream(Root / "blocked") << "x";

@@ -3,13 +3,17 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <bit>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <limits>
 #include <memory>
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -73,9 +77,140 @@ const IPRRunToForSimCalcCallback kRunTo = [](void*, double, char*) { return 4; }
 const IPRGetWellBlockIPRForSimCalcCallback kBlockIpr = [](void*, int32_t, _tGetSetData*, char*) { return 5; };
 const IPRGetWellRatesForSimCalcCallback kWellRates = [](void*, int32_t, _tGetSetData*, char*) { return 6; };
 
+// Record fields at their byte offsets, as the simulator side lays them out.
+constexpr std::size_t kOil = 16, kWater = 96, kGas = 176, kPressure = 256, kMass = 336, kTemperature = 416;
+constexpr double kNoValue = 3.4e35;
+
+template <typename T>
+void put(void* record, std::size_t at, T v) {
+    std::memcpy(static_cast<unsigned char*>(record) + at, &v, sizeof v);
+}
+
+// A small reservoir behind the callbacks. Each well's inflow table is a straight line of its
+// productivity j: rate j*|pr - p| from p = pr outwards (injectors above pr, their rates negative).
+// Every runTo leaves j at `decline` times what it was, so a well delivers less at a given pressure
+// than the table read before the step promised, by exactly `decline`. Producers' water cut rises
+// with every step too, so only the liquid rate (not the oil rate alone) shows that ratio.
+struct SimWell {
+    int32_t index;
+    std::string name;
+    bool producer, liquid;
+    double pr, j0, decline, j = 0.0, target = 0.0, oilShare = 0.7;
+};
+
+struct Sim {
+    void* model = nullptr;
+    std::vector<SimWell> wells{{0, "P1", true, true, 3000, 10, 0.9},
+                               {1, "G1", true, false, 2500, 0.02, 0.75},  // asked too much after a step
+                               {2, "I1", false, true, 2000, 5, 0.8},
+                               {3, "DEAD", true, true, 2000, 0, 0.5},
+                               {4, "WEAK", true, true, 2000, 4, 0.01}};  // beyond what a factor may correct
+    double clock = 0.0, overshoot = 0.0;          // overshoot: days the simulator runs past each request
+    std::string failIn;                           // callback told to fail, or junk to answer with
+    std::vector<std::pair<double, double>> runs;  // (clock, days) per runTo
+
+    // Checks the message buffer came cleared; true when the call must fail, with the simulator's
+    // text in `err`. Calls that succeed leave a note there, as some simulators do.
+    bool fails(const char* name, char* err) {
+        EXPECT_TRUE(err[0] == '\0' && err[1023] == '\0') << name << " got an uncleared message buffer";
+        std::snprintf(err, 1024, "sim: %s %s", name, failIn == name ? "refused" : "done");
+        return failIn == name;
+    }
+    // The well, if there is one and `record` (when given) is labelled for it.
+    SimWell* find(int32_t index, const _tGetSetData* record = nullptr) {
+        int32_t label[2] = {105368, index};
+        if (record) std::memcpy(label, record, sizeof label);
+        for (SimWell& w : wells) {
+            if (w.index == index && label[0] == 105368 && label[1] == index) return &w;
+        }
+        return nullptr;
+    }
+};
+
+Sim& sim(void* ctx) {
+    return *static_cast<Sim*>(ctx);
+}
+
+// Writes rate magnitude `q` of the well's phase into `row`.
+void putRate(_tGetSetData* r, const SimWell& w, int row, double q) {
+    const std::size_t at = 8 * static_cast<std::size_t>(row);
+    if (!w.liquid) return put(r, kGas + at, w.producer ? q : -q);
+    put(r, kOil + at, w.producer ? w.oilShare * q : 0.0);
+    put(r, kWater + at, w.producer ? (1.0 - w.oilShare) * q : -q);
+}
+
+const IPRElapsedTimeCallback kSimElapsed = [](void* c) {
+    return sim(c).failIn == "elapsedTime" ? std::nan("") : sim(c).clock;
+};
+const IPRInitialiseForSimCalcCallback kSimInitialise = [](void* c, char* err) {
+    Sim& s = sim(c);
+    if (s.fails("initialise", err)) return 7;
+    s.clock = 0.0;
+    StartIPRAddWell(s.model);
+    for (SimWell& w : s.wells) {
+        w = {w.index, w.name, w.producer, w.liquid, w.pr, w.j0, w.decline, w.j0};  // the deck's state
+        AddIPRWell(s.model, w.index, w.name.c_str(), w.producer, w.liquid);
+    }
+    EndIPRAddWell(s.model);
+    return 0;
+};
+const IPRSetWellCtrlForSimCalcCallback kSimSetWellCtrl = [](void* c, int32_t well, double rate, char* err) {
+    SimWell* w = sim(c).find(well);
+    if (sim(c).fails("setWellCtrl", err) || !w) return 7;
+    if (w->j > 0) w->target = rate;
+    return 0;
+};
+const IPRRunToForSimCalcCallback kSimRunTo = [](void* c, double days, char* err) {
+    Sim& s = sim(c);
+    if (s.fails("runTo", err)) return 7;
+    s.runs.emplace_back(s.clock, days);
+    s.clock += days + s.overshoot;
+    for (SimWell& w : s.wells) {
+        w.j *= w.decline;
+        w.oilShare -= 0.1;
+    }
+    return 0;
+};
+const IPRGetWellBlockIPRForSimCalcCallback kSimBlockIpr = [](void* c, int32_t well, _tGetSetData* r,
+                                                             char* err) {
+    const SimWell* w = sim(c).find(well, r);
+    if (sim(c).fails("getWellBlockIpr", err) || !w) return 7;
+    put(r, 496, int32_t{6});
+    for (int row = 0; row < 6; ++row) {
+        const int step = w->liquid ? row : 5 - row;  // gas tables in rising pressure
+        put(r, kPressure + 8 * static_cast<std::size_t>(row),
+            w->pr * (1.0 + (w->producer ? -0.2 : 0.2) * step));
+        putRate(r, *w, row, w->j * w->pr * 0.2 * step);
+    }
+    return 0;
+};
+const IPRGetWellRatesForSimCalcCallback kSimRates = [](void* c, int32_t well, _tGetSetData* r, char* err) {
+    const SimWell* w = sim(c).find(well, r);
+    if (sim(c).fails("getWellRates", err) || !w) return 7;
+    const double q = std::min(w->target, w->j * w->pr), pressure = w->pr + (w->producer ? -q : q) / w->j;
+    const double junk = w->producer ? std::nan("") : kNoValue;
+    put(r, kPressure, sim(c).failIn == "junkPressure" ? junk : pressure);
+    putRate(r, *w, 0, q);
+    if (sim(c).failIn == "noValueRates") {
+        for (std::size_t at : {kOil, kWater, kGas}) put(r, at, kNoValue);
+    }
+    return 0;
+};
+
+void installSim(const Model& m, Sim& sim, bool complete = true) {
+    sim.model = m.get();
+    SetIPRCallbacks(m.get(), kSimElapsed, kSimInitialise, kSimSetWellCtrl, complete ? kSimRunTo : nullptr,
+                    kSimBlockIpr, kSimRates);
+}
+
+double factorOf(const Model& m, const char* well) {
+    double f = -1.0;
+    return InflowKitInspectFactor(m.get(), well, &f) == 1 ? f : -1.0;
+}
+
 }  // namespace
 
-TEST(InflowKitModel, KeepsWhatItIsGivenAndCalculatesNothingYet) {
+TEST(InflowKitModel, KeepsWhatItIsGiven) {
     int context = 0;
     const Model m = newModel(&context);
     EXPECT_EQ(InflowKitInspectContext(m.get()), &context);
@@ -108,18 +243,96 @@ TEST(InflowKitModel, KeepsWhatItIsGivenAndCalculatesNothingYet) {
     EXPECT_EQ(InflowKitInspectWell(m.get(), 2, &index, nullptr, nullptr, nullptr), 0);
     EXPECT_EQ(InflowKitInspectWell(m.get(), -1, &index, nullptr, nullptr, nullptr), 0);
 
-    const Bytes block = blockWithFactors({{"G2", 0.85}});
-    ASSERT_EQ(loadBytes(m, block), 0);
-    EXPECT_NE(SetupIPR(0, m.get()), 0);
-    EXPECT_EQ(HasDoneScalingCalculation(m.get()), 0);
-    EXPECT_EQ(InflowKitInspectWellCount(m.get()), 2);
-    EXPECT_EQ(savedBlock(m), block);
-    const Bytes present(105368, 0x11);
-    Bytes table(105368, 0x22);
-    EXPECT_EQ(TransformIPR(m.get(), "G2", reinterpret_cast<const _tGetSetData*>(present.data()),
-                           reinterpret_cast<_tGetSetData*>(table.data())),
-              0);
-    EXPECT_EQ(table, Bytes(105368, 0x22));
+    // A loaded block with factors counts as a done calculation; an empty one does not.
+    ASSERT_EQ(loadBytes(m, blockWithFactors({{"G2", 0.85}})), 0);
+    EXPECT_EQ(std::tuple(HasDoneScalingCalculation(m.get()), factorOf(m, "G2")), std::tuple(1, 0.85));
+    ASSERT_EQ(loadBytes(m, blockWithFactors({})), 0);
+    EXPECT_EQ(std::tuple(HasDoneScalingCalculation(m.get()), factorOf(m, "G2")), std::tuple(0, -1.0));
+}
+
+TEST(InflowKitCalibration, FitsTheWellsTheRestartRegisteredAndScalesOnlyTheirRates) {
+    Sim sim;
+    const Model m = newModel(&sim);
+    installSim(m, sim);
+    StartIPRAddWell(m.get());
+    AddIPRWell(m.get(), 9, "OLD", true, true);  // replaced while the run restarts; the sim knows no well 9
+    EndIPRAddWell(m.get());
+    ASSERT_EQ(SetupIPR(0, m.get()), 0) << InflowKitInspectLastError(m.get());
+    EXPECT_EQ(HasDoneScalingCalculation(m.get()), 1);
+    EXPECT_STREQ(InflowKitInspectLastError(m.get()), "");
+    for (const SimWell& w : sim.wells) {
+        EXPECT_NEAR(factorOf(m, w.name.c_str()), w.j0 > 0 ? std::max(w.decline, 0.05) : -1.0, 1e-9) << w.name;
+    }
+
+    // Rates of the rows in use scale, no-value entries, pressures and temperatures stay.
+    const double f = factorOf(m, "P1");
+    for (const auto& [well, rows, scaled] : std::vector<std::tuple<const char*, int32_t, int>>{
+             {"P1", 3, 3}, {"P1", -4, 0}, {"P1", std::numeric_limits<int32_t>::max(), 10}, {"DEAD", 10, 0}}) {
+        Bytes table(105368), want(105368);
+        for (std::size_t col : {kOil, kWater, kGas, kPressure, kMass, kTemperature}) {
+            for (int row = 0; row < 10; ++row) {
+                const double v =
+                    (col == kGas && row == 1) ? kNoValue : static_cast<double>(col + 8 * row + 1);
+                put(table.data(), col + 8 * row, v);
+                const bool rate = col != kPressure && col != kTemperature && v != kNoValue;
+                put(want.data(), col + 8 * row, row < scaled && rate ? v * f : v);
+            }
+        }
+        put(table.data(), 496, rows);
+        put(want.data(), 496, rows);
+        EXPECT_EQ(TransformIPR(m.get(), well, nullptr, reinterpret_cast<_tGetSetData*>(table.data())), 0);
+        EXPECT_EQ(table, want) << well << " with " << rows << " rows";
+    }
+
+    const Model reopened = newModel();
+    ASSERT_EQ(loadBytes(reopened, savedBlock(m)), 0);
+    EXPECT_EQ(HasDoneScalingCalculation(reopened.get()), 1);
+    EXPECT_EQ(std::tuple(factorOf(reopened, "P1"), factorOf(reopened, "G1"), factorOf(reopened, "DEAD")),
+              std::tuple(f, factorOf(m, "G1"), -1.0));
+}
+
+TEST(InflowKitCalibration, PeriodsStayWithinAYearOfTheRestart) {
+    for (const auto& [overshoot, runs] : {std::pair(0.0, 2u), std::pair(320.0, 2u), std::pair(400.0, 1u)}) {
+        Sim sim;
+        sim.overshoot = overshoot;
+        const Model m = newModel(&sim);
+        installSim(m, sim);
+        ASSERT_EQ(SetupIPR(0, m.get()), 0) << InflowKitInspectLastError(m.get());
+        EXPECT_NEAR(factorOf(m, "P1"), 0.9, 1e-9);
+        EXPECT_EQ(sim.runs.size(), runs) << overshoot;
+        for (const auto& [clock, days] : sim.runs) EXPECT_TRUE(days > 0 && clock + days <= 360) << overshoot;
+    }
+}
+
+TEST(InflowKitCalibration, AFailedCalculationKeepsTheEarlierOneAndSaysWhy) {
+    const std::pair<std::string, std::string> cases[] = {{"initialise", "sim: initialise refused"},
+                                                         {"getWellBlockIpr", "sim: getWellBlockIpr refused"},
+                                                         {"setWellCtrl", "sim: setWellCtrl refused"},
+                                                         {"runTo", "sim: runTo refused"},
+                                                         {"getWellRates", "sim: getWellRates refused"},
+                                                         {"elapsedTime", "elapsed"},
+                                                         {"junkPressure", "no well"},
+                                                         {"noValueRates", "no well"},
+                                                         {"unset", "callbacks not set: runTo"}};
+    for (const auto& [failIn, why] : cases) {
+        Sim sim;
+        const Model m = newModel(&sim);
+        for (const bool earlier : {false, true}) {
+            if (earlier) {
+                sim.failIn.clear();
+                installSim(m, sim);
+                ASSERT_EQ(SetupIPR(0, m.get()), 0) << failIn;
+                for (SimWell& w : sim.wells) w.decline = 0.5;  // what a new calculation would find
+            }
+            sim.failIn = failIn;
+            installSim(m, sim, failIn != "unset");
+            EXPECT_NE(SetupIPR(0, m.get()), 0) << failIn;
+            EXPECT_NE(std::string(InflowKitInspectLastError(m.get())).find(why), std::string::npos)
+                << failIn << ": " << InflowKitInspectLastError(m.get());
+            EXPECT_EQ(HasDoneScalingCalculation(m.get()), earlier ? 1 : 0) << failIn;
+            EXPECT_NEAR(factorOf(m, "P1"), earlier ? 0.9 : -1.0, 1e-9) << failIn;
+        }
+    }
 }
 
 TEST(InflowKitBlock, SaveAndLoadWorkAtTheFilePositionAndLoadReplacesTheFactors) {
@@ -177,4 +390,13 @@ TEST(InflowKitModel, NullModelAndBadDescriptorAreHarmless) {
     EXPECT_EQ(InflowKitInspectWellListState(nullptr), 0);
     EXPECT_EQ(InflowKitInspectContext(nullptr), nullptr);
     EXPECT_EQ(InflowKitInspectCallbacks(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr), 0);
+    EXPECT_EQ(InflowKitInspectFactor(nullptr, "P1", nullptr), 0);
+    EXPECT_STREQ(InflowKitInspectLastError(nullptr), "");
+
+    const Model m = newModel();
+    ASSERT_EQ(loadBytes(m, blockWithFactors({{"P1", 0.5}})), 0);
+    Bytes table(105368);
+    EXPECT_NE(TransformIPR(m.get(), nullptr, nullptr, reinterpret_cast<_tGetSetData*>(table.data())), 0);
+    EXPECT_NE(TransformIPR(m.get(), "P1", nullptr, nullptr), 0);
+    EXPECT_EQ(InflowKitInspectFactor(m.get(), nullptr, nullptr), 0);
 }
