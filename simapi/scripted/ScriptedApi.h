@@ -78,6 +78,7 @@ struct State {
     std::vector<Moment> stops;
     bool stuck = false;
     int overshootMinutes = 0;
+    std::string throwIn;  // the next call of this name throws, as a misbehaving library might
     bool nullStaticRequester = false;
     bool nullWellRequester = false;
     // Model

@@ -1,5 +1,6 @@
 // The script of the in-process simulator API, its moments, and the library-wide operations.
 #include <memory>
+#include <stdexcept>
 #include <tuple>
 
 #include "ScriptedApi.h"
@@ -77,6 +78,10 @@ void ScriptedLibrary::ClearCalls() {
 tNavigator_API_RMA_error_t ScriptedLibrary::Enter(const std::string& name, const std::string& args) {
     std::lock_guard lock(mutex);
     calls_.push_back({name, args});
+    if (!state.throwIn.empty() && state.throwIn == name) {
+        state.throwIn.clear();
+        throw std::runtime_error("scripted exception in " + name);
+    }
     // Every failure counts this call towards its turn; the first whose turn it is fires.
     tNavigator_API_RMA_error_t error;
     auto [first, last] = failures_.equal_range(name);

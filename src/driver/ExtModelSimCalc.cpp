@@ -49,7 +49,7 @@ std::int32_t CExtModel::InitialiseForSimCalc(char* err) {
     }
     tDate target{};
     const OleDate end = OleDate::FromDays(CurrentDate.Days() + 365.0);
-    if (!CurrentDate.IsValid() || !end.ToCalendar() || !DateToBoundary(end, &target)) {
+    if (!CurrentDate.IsValid() || !end.IsInCalendar() || !DateToBoundary(end, &target)) {
         WriteCallbackText(err, "Invalid end date in InitialiseForSimCalc: model's start date is " +
                                    CurrentDate.FormatLocale() + ".");
         return 1;

@@ -63,7 +63,7 @@ std::int32_t RunToForSimCalc(void* model, double days, char* err) {
     step.iSize = sizeof(tTimestepData);
     // A target outside the calendar (or no number of days at all) cannot be a date.
     const OleDate target = OleDate::FromDays(now.Days() + days);
-    if (!now.IsValid() || !target.ToCalendar() || !DateToBoundary(target, &step.stTarget)) {
+    if (!now.IsValid() || !target.IsInCalendar() || !DateToBoundary(target, &step.stTarget)) {
         const std::string text =
             "Invalid end date in RunToForSimCalc: model's start date is " + now.FormatLocale() + ".";
         WriteCallbackText(err, text);

@@ -24,6 +24,8 @@ class OleDate {
   public:
     static constexpr double kHalfSecond = 1.0 / 172800.0;
     static constexpr double kMaxSpanDays = 3615897.0;
+    static constexpr double kFirstDay = -657434.0;  // 1 January 100
+    static constexpr double kLastDay = 2958465.0;   // 31 December 9999
 
     OleDate() = default;
     static OleDate Null() { return {}; }
@@ -38,6 +40,8 @@ class OleDate {
     DateStatus Status() const { return status_; }
     bool IsValid() const { return status_ == DateStatus::Valid; }
     bool IsNull() const { return status_ == DateStatus::Null; }
+    // Valid and within the years 100 to 9999, the span a date can be written in.
+    bool IsInCalendar() const { return IsValid() && days_ >= kFirstDay && days_ < kLastDay + 1.0; }
 
     // Calendar fields, rounded to the nearest second; empty for a date that is not valid or out of range.
     std::optional<CalendarTime> ToCalendar() const;

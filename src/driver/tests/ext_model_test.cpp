@@ -216,6 +216,13 @@ TEST_F(Initialise, TheInflowLibrarysStartReadsEveryWellAndKeepsTheNetworksWellsA
     EXPECT_EQ(initialise(&model_, err), 1);
     EXPECT_NE(std::string(err).find("exceeds the end date set in the model's deck file"), std::string::npos)
         << err;
+    // Nor can the year run past the calendar's end.
+    Script().state.start = Script().state.current = {9999, 6, 1};
+    Script().state.end = {9999, 12, 31};
+    Restart();
+    EXPECT_EQ(initialise(&model_, err), 1);
+    EXPECT_EQ(std::string(err), "Invalid end date in InitialiseForSimCalc: model's start date is " +
+                                    model_.CurrentDateTime().FormatLocale() + ".");
 }
 
 TEST_F(Initialise, ANullRecordStartsTheRunAndTheFieldTotalsAreTheWellsSumsInFieldUnits) {

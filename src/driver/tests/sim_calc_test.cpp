@@ -132,6 +132,14 @@ TEST_F(SimCalc, EachCallbackRefusesWhatItCannotWorkWithAndSaysWhy) {
     EXPECT_EQ(std::tuple(well.vaneRateControl, well.underVaneControl, well.target.LiquidRate),
               std::tuple(kControlUnset, false, -1.0));
 
+    // A simulator library that throws is answered with a text.
+    tnavscripted::Script().state.throwIn = "is_connected";
+    EXPECT_EQ(cb_.setWell(m, 0, 10.0, err_), 1);
+    EXPECT_EQ(Text(), "An exception occurred during SetOpPtUnlocked()");
+    tnavscripted::Script().state.throwIn = "is_connected";
+    EXPECT_EQ(cb_.initialise(m, err_), 1);
+    EXPECT_EQ(Text(), "An exception was thrown when loading the case file during initialisation.");
+
     // What SetOpPt makes of the point is the callback's answer.
     model_.GetSettings().RateControl = 7;
     EXPECT_EQ(cb_.setWell(m, 0, 10.0, err_), 1);
