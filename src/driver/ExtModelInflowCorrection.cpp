@@ -1,5 +1,6 @@
 // The case's corrected inflow: the inflow library's calculation, started as the case dialog's button starts
 // it, and the button's label.
+#include <array>
 #include <string>
 #include <vector>
 
