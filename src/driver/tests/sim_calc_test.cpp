@@ -36,16 +36,16 @@ class SimCalc : public ::testing::Test {
     }
     // A connected model with FIELD units and one open producer flowing 100 STB/day of oil, 20 of water and
     // 500 Mscf/day of gas at 1000 psig.
-    WellData& Connect(std::int32_t type = kWellProducer) {
+    WellData& Connect() {
         reservoir_ = &ExtModelProbe::MakeReservoir(model_);
         reservoir_->units.SetUp("FIELD");
         reservoir_->fluid.SetModelType(1);
         ExtModelProbe::InstallSession(model_).SetJob(true, true);
         WellData well(&reservoir_->fluid);
         well.name = "P1";
-        well.wellType = type;
-        well.status = type == kWellProducer ? kStatusOpenProducer : kStatusOpenInjector;
-        WellRateRecord& record = type == kWellProducer ? well.productionRecord : well.injectionRecord;
+        well.wellType = kWellProducer;
+        well.status = kStatusOpenProducer;
+        WellRateRecord& record = well.productionRecord;
         record[WellRateRecord::kOil] = 100.0;
         record[WellRateRecord::kWater] = 20.0;
         record[WellRateRecord::kGas] = 500.0;
@@ -206,23 +206,6 @@ TEST_F(SimCalc, GetWellRatesGivesThePressureAndOnceAStepIsTakenTheRates) {
     ASSERT_EQ(cb_.rates(m, 0, record(), err_), 0) << Text();
     EXPECT_EQ(std::vector<double>({r.adOilRate[0], r.adWaterRate[0], r.adGasRate[0]}),
               std::vector<double>({100.0, 20.0, 0.5}));
-}
-
-TEST_F(SimCalc, AFailedCalculationStillStopsTheRunAndPutsBackTheSettingsAndDates) {
-    Connect();
-    ExtModelProbe::SetDates(model_, OleDate::FromDays(40000.0), OleDate::FromDays(40010.0));
-    ExtModelProbe::SetStepCount(model_, 3);
-    model_.GetSettings().RateControl = 3;
-    EXPECT_EQ(model_.IprCalculationLabel(), "Calculate now");
-
-    // The dialog's values are in force for the calculation, which fails here for want of a case file.
-    CaseSettings dialog = model_.GetSettings();
-    dialog.RateControl = 2;
-    EXPECT_NE(model_.CalculateIprCorrection(0, dialog), 0);
-    EXPECT_EQ(model_.GetSession(), nullptr);
-    EXPECT_EQ(model_.GetSettings().RateControl, 3);
-    EXPECT_EQ(std::tuple(model_.CurrentDateTime().Days(), model_.GetStepCount()), std::tuple(40010.0, 3));
-    EXPECT_EQ(model_.IprCalculationLabel(), "Calculate now");
 }
 
 }  // namespace
