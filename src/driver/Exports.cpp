@@ -115,8 +115,7 @@ std::uint32_t ExtConfigure(void* parent, tErrorRecord* err) {
     ModuleStateGuard state;
     ClearRecord(err);
     try {
-        CConfigureDlg dialog;
-        dialog.Accepted = [] { TheApp().Config.Store(); };
+        CConfigureDlg dialog(TheApp().Config);
         CurrentUserInterface().RunModal(reinterpret_cast<std::uintptr_t>(parent), dialog);
     } catch (...) {
         // The dialog's failure is the user's to see; the host is told nothing.

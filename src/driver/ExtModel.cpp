@@ -301,11 +301,32 @@ std::int32_t CExtModel::StopApp() {
     return 0;
 }
 
+namespace {
+
+// The model as the case dialog sees it.
+class DialogModel final : public CaseDialogModel {
+  public:
+    explicit DialogModel(CExtModel& model) : model_(model) {}
+    CaseSettings GetCaseSettings() const override { return model_.GetSettings(); }
+    void SetCaseSettings(const CaseSettings& settings) override { model_.GetSettings().CopyFrom(settings); }
+    bool HasReservoirData() const override { return model_.GetReservoir() != nullptr; }
+    bool HasCalculatedIpr() const override { return model_.HasCalculatedIpr(); }
+    bool IsConnected() const override { return model_.IsConnected(); }
+    bool IsRunActive() const override { return model_.IsRunActive(); }
+    void Stop() override { model_.Stop(); }
+    void CalculateIpr(const CaseSettings& onScreen) override { model_.CalculateIprCorrection(0, onScreen); }
+
+  private:
+    CExtModel& model_;
+};
+
+}  // namespace
+
 std::int32_t CExtModel::EditCase(HostWindow parent, std::int32_t* modified, tErrorRecord*) {
     if (modified != nullptr) *modified = 0;
-    CaseDlg dialog(Settings);
+    DialogModel model(*this);
+    CaseDlg dialog(model, TheApp().Config);
     if (CurrentUserInterface().RunModal(parent, dialog) == DialogAnswer::Cancel) return -1;
-    Settings.CopyFrom(dialog.Edited);
     if (dialog.StartRequested) {
         LoadedFromSave = false;
         if (modified != nullptr) *modified = 1;

@@ -109,8 +109,8 @@ class CExtModel : public CExtInterface {
     // the model's lock free, then stops the simulator and puts back the settings, the run's dates and step
     // count and the wells' controls that it found. The library's answer (0 when it calculated).
     std::int32_t CalculateIprCorrection(HostWindow parent, const CaseSettings& caseSettings);
-    // "Recalculate" when there are wells and the library has calculated for them, else "Calculate now".
-    std::string IprCalculationLabel() const;
+    // There are wells and the inflow library has calculated for them.
+    bool HasCalculatedIpr() const;
 
     // The session exists and its manager reports a connection.
     bool IsConnected() const;

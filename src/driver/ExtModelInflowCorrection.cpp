@@ -1,5 +1,5 @@
 // The case's corrected inflow: the inflow library's calculation, started as the case dialog's button starts
-// it, and the button's label.
+// it, and whether there is a calculation to redo.
 #include <array>
 #include <string>
 #include <vector>
@@ -43,11 +43,9 @@ std::int32_t CExtModel::CalculateIprCorrection(HostWindow parent, const CaseSett
     return result;
 }
 
-std::string CExtModel::IprCalculationLabel() const {
+bool CExtModel::HasCalculatedIpr() const {
     Guard lock(Lock);
-    const bool calculated =
-        Reservoir && Reservoir->wells.Size() > 0 && HasDoneScalingCalculation(IprModel) != 0;
-    return calculated ? "Recalculate" : "Calculate now";
+    return Reservoir && Reservoir->wells.Size() > 0 && HasDoneScalingCalculation(IprModel) != 0;
 }
 
 }  // namespace rivulet

@@ -301,12 +301,6 @@ std::int32_t CExtModel::GetModMsg(char* buffer, std::int32_t length, tErrorRecor
     return 0;
 }
 
-std::int32_t CExtModel::DrawIcon(HostWindow, void* surface) {
-    // The host's pixel surface takes the place of its window and device context.
-    (void)surface;
-    return 1;
-}
-
 std::int32_t CExtModel::CheckViewable() const {
     if (Settings.FileName.empty()) {
         CurrentUserInterface().ShowMessage("No case has been specified", MessageIcon::Warning);

@@ -356,19 +356,21 @@ static_assert(sizeof(tSetVarData) == 24);
 static_assert(offsetof(tSetVarData, pszAccess) == 8);
 static_assert(offsetof(tSetVarData, pszValue) == 16);
 
-// The pixel surface the host hands over in place of a device context for the icon: 32-bit pixels, rows
-// `iStride` bytes apart.
+// The pixel surface the host hands over for the icon in place of a window and device context. `iSize` is the
+// record's size as the host built it; pixels are 32-bit 0xAARRGGBB, rows top to bottom, `iStride` bytes
+// apart (at least 4 * iWidth; bytes past a row's pixels are the host's).
 struct tIconSurface {
+    std::int32_t iSize;
     std::int32_t iWidth;
     std::int32_t iHeight;
     std::int32_t iStride;
-    std::uint8_t pad12[4];
     std::uint32_t* pdwPixels;
 };
 static_assert(sizeof(tIconSurface) == 24);
-static_assert(offsetof(tIconSurface, iWidth) == 0);
-static_assert(offsetof(tIconSurface, iHeight) == 4);
-static_assert(offsetof(tIconSurface, iStride) == 8);
+static_assert(offsetof(tIconSurface, iSize) == 0);
+static_assert(offsetof(tIconSurface, iWidth) == 4);
+static_assert(offsetof(tIconSurface, iHeight) == 8);
+static_assert(offsetof(tIconSurface, iStride) == 12);
 static_assert(offsetof(tIconSurface, pdwPixels) == 16);
 
 }  // namespace rivulet

@@ -12,7 +12,6 @@
 #include <tuple>
 #include <vector>
 
-#include "case/CaseDlg.h"
 #include "common/BinaryArchive.h"
 
 namespace rivulet {
@@ -192,11 +191,6 @@ TEST_F(CaseSettingsLastUsedTest, SavedValuesComeBackButTheParallelCount) {
               std::tuple_cat(SinceVersion1(saved), SinceVersion2(saved),
                              std::tie(saved.ParallelCount, saved.LinuxQueue)));
 
-    // The case dialog offers them to a model without a case file, and keeps a model's own case.
-    EXPECT_EQ(CaseDlg(CaseSettings()).Edited.IprAlpha, 5);
-    CaseSettings own;
-    own.FileName = "/own/OWN.DATA";
-    EXPECT_EQ(CaseDlg(own).Edited.IprAlpha, 1);
 }
 
 TEST_F(CaseSettingsLastUsedTest, MissingOrBadValuesLeaveTheirFields) {

@@ -428,13 +428,21 @@ class ScriptedUserInterface : public UserInterface {
     std::vector<std::string> messages;
 
     void ShowMessage(const std::string& text, MessageIcon) override { messages.push_back(text); }
+    // Opens the dialog, types a case file name and presses OK, Start or Cancel.
     DialogAnswer RunModal(std::uint64_t, ModalDialog& dialog) override {
-        if (auto* caseDialog = dynamic_cast<CaseDlg*>(&dialog)) {
-            caseDialog->Edited.FileName = "/edited/CASE.DATA";
-            caseDialog->StartRequested = requestStart;
-        }
-        return answer;
+        dialog.OnOpen();
+        dialog.At(CaseDlg::kFileName).text = "/edited/CASE.DATA";
+        const int button = answer == DialogAnswer::Cancel ? kIdCancel
+                           : requestStart                 ? CaseDlg::kStart
+                                                          : kIdOk;
+        return dialog.OnClicked(button) == DialogAction::CloseOk ? DialogAnswer::Ok : DialogAnswer::Cancel;
     }
+    std::optional<std::string> ChooseFile(const std::string&, const std::string&,
+                                          const std::string&) override {
+        return std::nullopt;
+    }
+    std::optional<std::string> ChooseDirectory(const std::string&) override { return std::nullopt; }
+    void ShowHelp(int) override {}
 };
 
 // Records each way tried as "how:path:dir"; only the way named in succeedWith succeeds.
