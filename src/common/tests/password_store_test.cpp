@@ -30,7 +30,8 @@ Blowfish StandardCipher(const Bytes& key, std::uint64_t chain = 0) {
     return Blowfish(key.data(), key.size(), Blowfish::Tables::kStandard, chain);
 }
 
-TEST(Blowfish, StandardTablesGivePublishedVectorsAndOurTablesDiffer) {
+// That the default tables are our own is pinned by the stored password of fixed ticks below.
+TEST(Blowfish, StandardTablesGivePublishedVectors) {
     const std::tuple<const char*, const char*, const char*> cases[] = {
         // key, plain, cipher
         {"0000000000000000", "0000000000000000", "4EF997456198DD78"},
@@ -46,8 +47,6 @@ TEST(Blowfish, StandardTablesGivePublishedVectorsAndOurTablesDiffer) {
         EXPECT_EQ(out, cipher);
         StandardCipher(key).Decrypt(out.data(), out.data(), out.size());
         EXPECT_EQ(out, plain);
-        Blowfish(key.data(), key.size()).Encrypt(plain.data(), out.data(), out.size());
-        EXPECT_NE(out, cipher);
     }
 }
 
