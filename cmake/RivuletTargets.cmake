@@ -22,5 +22,5 @@ function(rivulet_unit_tests name)
   target_link_libraries(${name}_tests PRIVATE ${ARG_LIBS} GTest::gtest GTest::gtest_main GTest::gmock)
   gtest_discover_tests(${name}_tests DISCOVERY_MODE PRE_TEST
                        PROPERTIES ENVIRONMENT
-                         "RIVULET_TEST_DATA=${CMAKE_CURRENT_SOURCE_DIR}/tests;RIVULET_REGISTRY=${CMAKE_BINARY_DIR}/test-registry.reg")
+                         "RIVULET_TEST_DATA=${CMAKE_CURRENT_SOURCE_DIR}/tests;RIVULET_REGISTRY=${CMAKE_BINARY_DIR}/test-registry.reg;RIVULET_HEADLESS=1")
 endfunction()

@@ -7,6 +7,7 @@ namespace host {
 
 enum Command : std::uint32_t {
     kQuery = 2,
+    kEditCase = 5,
     kGetStartDate = 11,
     kSaveModelString = 12,
     kLoadModelString = 13,

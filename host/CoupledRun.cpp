@@ -119,7 +119,7 @@ std::vector<CalendarDate> StepDates(const Scenario& scenario, CalendarDate start
     return dates;
 }
 
-void StartScenarioCase(ModelClient& model, const Scenario& scenario, std::ostream& progress) {
+void SetScenarioCase(ModelClient& model, const Scenario& scenario) {
     const std::string details = "TNAVIGATOR.CaseDetails.";
     model.SetVar(details + "IsLocalMachine", scenario.cluster ? "0" : "1");
     if (scenario.cluster) {
@@ -128,6 +128,10 @@ void StartScenarioCase(ModelClient& model, const Scenario& scenario, std::ostrea
     }
     model.SetVar(details + "FileName", scenario.caseFile.string());
     for (const auto& [name, value] : scenario.settings) model.SetVar(details + name, value);
+}
+
+void StartScenarioCase(ModelClient& model, const Scenario& scenario, std::ostream& progress) {
+    SetScenarioCase(model, scenario);
     progress << "rivulet-host: starting the simulator on " << scenario.caseFile.string() << std::endl;
     model.StartSimulator();
 }

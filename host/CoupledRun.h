@@ -18,7 +18,9 @@ class ModelClient;
 // The dates the run steps to: every `stepDays` from the start, or the scenario's list, up to its end.
 std::vector<CalendarDate> StepDates(const Scenario& scenario, CalendarDate start);
 
-// Hands the model the scenario's case and settings (and cluster) and starts the simulator on it.
+// Hands the model the scenario's case and settings (and cluster) by access string.
+void SetScenarioCase(ModelClient& model, const Scenario& scenario);
+// Sets the scenario's case as SetScenarioCase does and starts the simulator on it.
 void StartScenarioCase(ModelClient& model, const Scenario& scenario, std::ostream& progress);
 
 class CoupledRun {

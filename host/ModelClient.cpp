@@ -16,6 +16,7 @@ constexpr int kMaxPoints = 10;
 // The mask that shuts a well rather than stopping it.
 constexpr std::int32_t kShutMask = 2;
 constexpr double kNoValue = 3.4e35;
+// The command table's EditCase, which the coupled runs never send.
 
 // A date record: serial valid, the serial at 8.
 void PutDate(Buffer& record, std::size_t at, CalendarDate date) {
@@ -178,6 +179,18 @@ void ModelClient::Stop() {
     if (!started_) return;
     started_ = false;
     plugin_.Cmd(model_, 0, kStop, 0, 0, nullptr);
+}
+
+std::int32_t ModelClient::EditCase(bool& startAsked) {
+    std::int32_t modified = 0;
+    ErrorRecord err;
+    const auto result = static_cast<std::int32_t>(plugin_.Cmd(model_, 0, kEditCase, Arg(&modified), 0, &err));
+    if (result != 0 && result != -1) {
+        const std::string text(err.text, strnlen(err.text, sizeof err.text));
+        throw RunError("EditCase failed: " + (text.empty() ? std::string("no message") : text));
+    }
+    startAsked = modified != 0;
+    return result;
 }
 
 }  // namespace host

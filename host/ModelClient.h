@@ -58,6 +58,9 @@ class ModelClient {
     // RunError when it answers that it could not.
     void WriteEquipment(const std::string& path, bool noVariables, const std::vector<std::string>& wells);
     void Stop();
+    // Opens the driver's case dialog (EditCase): 0 when it closed with OK, -1 with Cancel. `startAsked` says
+    // whether the user asked from the dialog for the simulator to be started.
+    std::int32_t EditCase(bool& startAsked);
 
   private:
     // Sends a command; a result other than `success` throws with `operation` and the driver's text.

@@ -1,9 +1,10 @@
 // rivulet-host: loads the driver plug-in as Conflux does and runs a coupled reservoir-network case from a
-// scenario file, or probes the plug-in's answers to a run's set-up commands.
+// scenario file, probes the plug-in's answers to a run's set-up commands, or opens the driver's dialogs.
 #include <CLI/CLI.hpp>
 
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -123,6 +124,80 @@ int Equipment(const std::string& scenarioPath, std::filesystem::path out, bool n
     return 0;
 }
 
+// Whether a dialog can be shown: on a display, or off screen into the screenshot file (made absolute in
+// `file`, and removed beforehand so that only the dialog can have written it). Must run before the plug-in
+// is loaded, which reads the environment when it first shows something.
+bool PrepareDialogs(const std::string& screenshot, std::filesystem::path& file) {
+    if (!screenshot.empty()) {
+        file = std::filesystem::absolute(screenshot);
+        std::filesystem::remove(file);
+        ::setenv("QT_QPA_PLATFORM", "offscreen", 0);
+        ::setenv("RIVULET_UI_SCREENSHOT", file.c_str(), 1);
+        ::unsetenv("RIVULET_HEADLESS");  // a picture was asked for
+        return true;
+    }
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+        const char* value = std::getenv(name);
+        if (value != nullptr && *value != '\0') return true;
+    }
+    std::cerr
+        << "rivulet-host: the dialog needs a display (DISPLAY or WAYLAND_DISPLAY), or --screenshot FILE.png "
+           "to draw it off screen"
+        << std::endl;
+    return false;
+}
+
+// Says where the dialog's screenshot is; 1 when the front end wrote none.
+int ReportScreenshot(const std::filesystem::path& file, const char* dialog) {
+    if (file.empty()) return 0;
+    if (!std::filesystem::is_regular_file(file)) {
+        std::cerr << "rivulet-host: no screenshot of the " << dialog << " was written to " << file.string()
+                  << ": the front end (librivulet-ui.so beside the plug-in, or $RIVULET_UI_LIBRARY) was not "
+                     "loaded, or RIVULET_HEADLESS is set"
+                  << std::endl;
+        return 1;
+    }
+    std::cout << "Screenshot of the " << dialog << ": " << file.string() << std::endl;
+    return 0;
+}
+
+// Hands a model the scenario's case as a run would, without starting the simulator, and opens the driver's
+// case dialog on it.
+int EditCase(const std::string& scenarioPath, const std::string& screenshot, std::string pluginPath) {
+    const host::Scenario scenario = host::ReadScenario(scenarioPath);
+    std::filesystem::path file;
+    if (!PrepareDialogs(screenshot, file)) return 1;
+    if (pluginPath.empty()) pluginPath = host::Plugin::DefaultPath(nullptr);
+    host::Plugin plugin(pluginPath);
+    try {
+        host::ModelClient model(plugin);
+        host::SetScenarioCase(model, scenario);
+        bool startAsked = false;
+        const std::int32_t answer = model.EditCase(startAsked);
+        std::cout << "The case dialog answered " << (answer == 0 ? "OK" : "Cancel")
+                  << (startAsked ? ", asking for the simulator to be started" : "") << std::endl;
+    } catch (const host::RunError& e) {
+        std::cerr << "rivulet-host: " << e.what() << std::endl;
+        return 1;
+    }
+    return ReportScreenshot(file, "case dialog");
+}
+
+// Opens the driver's machine configuration dialog, as the host's menu does.
+int Configure(const std::string& screenshot, std::string pluginPath) {
+    std::filesystem::path file;
+    if (!PrepareDialogs(screenshot, file)) return 1;
+    if (pluginPath.empty()) pluginPath = host::Plugin::DefaultPath(nullptr);
+    host::Plugin plugin(pluginPath);
+    host::ErrorRecord err;
+    if (plugin.Configure(nullptr, &err) != 0) {
+        std::cerr << "rivulet-host: ExtConfigure failed: " << err.text << std::endl;
+        return 1;
+    }
+    std::cout << "The configuration dialog has closed" << std::endl;
+    return ReportScreenshot(file, "configuration dialog");
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -160,11 +235,28 @@ int main(int argc, char** argv) {
     equipment->add_flag("--user-config", userConfig,
                         "use the machine configuration of the user's own store instead of a private one");
 
+    CLI::App* editCase = app.add_subcommand(
+        "case", "open the driver's case dialog on a scenario's case, without starting the simulator");
+    std::string caseScenario;
+    std::string screenshot;
+    editCase->add_option("scenario", caseScenario, "the scenario file (TOML)")->required();
+    editCase->add_option("--screenshot", screenshot,
+                         "draw the dialog off screen into this PNG file instead of running it");
+    editCase->fallthrough();
+
+    CLI::App* configure =
+        app.add_subcommand("configure", "open the driver's machine configuration dialog (ExtConfigure)");
+    configure->add_option("--screenshot", screenshot,
+                          "draw the dialog off screen into this PNG file instead of running it");
+    configure->fallthrough();
+
     CLI11_PARSE(app, argc, argv);
     try {
         if (run->parsed()) return Run(scenario, out, userConfig, pluginPath);
         if (equipment->parsed())
             return Equipment(equipmentScenario, equipmentOut, noVariables, userConfig, pluginPath);
+        if (editCase->parsed()) return EditCase(caseScenario, screenshot, pluginPath);
+        if (configure->parsed()) return Configure(screenshot, pluginPath);
         host::Plugin plugin(pluginPath.empty() ? host::Plugin::DefaultPath(argv[0]) : pluginPath);
         return host::RunSession(plugin, casePath);
     } catch (const std::exception& e) {

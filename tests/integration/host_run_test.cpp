@@ -106,6 +106,22 @@ TEST_F(HostRun, ThreeStepsOfSpe1DeliverWhatTheNetworkAsks) {
     }
 }
 
+TEST_F(HostRun, BothDialogsAreDrawnOffScreen) {
+    const fs::path scenario =
+        Scenario("[run]\nend = 2015-05-01\nstep_days = 30\n[[well]]\nname = \"PROD\"\n");
+    for (const std::string& subcommand : {"case '" + scenario.string() + "'", std::string("configure")}) {
+        const fs::path png = scratch_.root / "dialog.png";
+        const std::string command = std::string(RIVULET_HOST_EXE) + " " + subcommand + " --screenshot '" +
+                                    png.string() + "' > /dev/null 2>&1";
+        EXPECT_EQ(std::system(command.c_str()), 0) << subcommand;
+        // A PNG of a whole dialog, not an empty window.
+        const std::string image = Slurp(png);
+        EXPECT_EQ(image.substr(0, 4), "\x89PNG") << subcommand;
+        EXPECT_GT(image.size(), 10000u) << subcommand;
+        fs::remove(png);
+    }
+}
+
 TEST_F(HostRun, AWellTheCaseDoesNotHaveStopsTheRunWithTheReason) {
     const Outcome run =
         Host(Scenario("[run]\nend = 2015-05-01\nstep_days = 30\n[[well]]\nname = \"PROD9\"\n"));

@@ -375,6 +375,7 @@ struct Dialog : ModalDialog {
 
 TEST(UserInterface, HeadlessUntilAnotherIsInstalledAndAfterItIsRemoved) {
     // A front end that cannot be loaded leaves the headless interface in place.
+    ::unsetenv("RIVULET_HEADLESS");
     ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
     ::setenv("RIVULET_UI_LIBRARY", "/nonexistent/librivulet-ui.so", 1);
     Dialog dialog;
@@ -382,6 +383,7 @@ TEST(UserInterface, HeadlessUntilAnotherIsInstalledAndAfterItIsRemoved) {
     EXPECT_FALSE(dialog.okCalled);
     ::unsetenv("QT_QPA_PLATFORM");
     ::unsetenv("RIVULET_UI_LIBRARY");
+    ::setenv("RIVULET_HEADLESS", "1", 1);
 
     auto ok = std::make_shared<AlwaysOk>();
     EXPECT_EQ(InstallUserInterface(ok), nullptr);
