@@ -16,7 +16,6 @@ constexpr int kMaxPoints = 10;
 // The mask that shuts a well rather than stopping it.
 constexpr std::int32_t kShutMask = 2;
 constexpr double kNoValue = 3.4e35;
-// The command table's EditCase, which the coupled runs never send.
 
 // A date record: serial valid, the serial at 8.
 void PutDate(Buffer& record, std::size_t at, CalendarDate date) {
