@@ -319,6 +319,8 @@ TEST_F(Dialogs, ConfigurationOkChecksPortsAndDirectoryThenStoresInOrder) {
         {"0", "2000", "", "Port values must be from 1024 to 65535 (inclusive)."},
         {"2000", "70000", "", "Port values must be from 1024 to 65535 (inclusive)."},
         {"2000", "3000", missing, "The communications debug directory (" + missing + ") must already exist."},
+        {"2000", "3000", "/proc",
+         "You must have write access to the communications debug directory (/proc)."},
     };
     for (const auto& [lower, upper, debug, text] : refused) {
         ui_->messages.clear();
