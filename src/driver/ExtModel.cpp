@@ -76,10 +76,12 @@ std::int32_t CExtModel::StartRun(std::uint32_t startParam, const std::string& co
     if (Session->StartProcess(error) != 0) {
         WriteFormat(err, "Could not start the simulator process: <%s>", error.c_str());
     } else if (!Session->LaunchJob(error)) {
-        WriteText(err, error.substr(0, 255).c_str());
+        // A failed launch stops its job, so only a lost connection tells of a simulator that died.
+        WriteText(err, Session->IsConnected() ? error.substr(0, 255) : CJobSession::kSimulatorEnded);
     } else {
         Reservoir.reset();
         if (!Session->CreateReservoir(Reservoir, connectedWells, error)) {
+            if (Session->IsSimulatorGone()) error = CJobSession::kSimulatorEnded;
             WriteFormat(err, "Error when creating the initial reservoir data: <%s>", error.c_str());
         } else {
             UpdateFieldTotals();
@@ -203,7 +205,10 @@ std::int32_t CExtModel::Initialise(tInitData* init, tErrorRecord* err) {
         }
     }
     if (init != nullptr && !CheckEndDate(&init->stEndDate, err)) return 1;
-    if (const std::int32_t result = ConnectWells(Reservoir.get(), init, err); result != 0) return result;
+    if (const std::int32_t result = ConnectWells(Reservoir.get(), init, err); result != 0) {
+        if (Session && Session->IsSimulatorGone()) WriteText(err, CJobSession::kSimulatorEnded);
+        return result;
+    }
     if (const std::int32_t result = RunToStartDate(init, err); result != 0) return result;
     RunInitialised = true;
     return 0;
@@ -268,6 +273,7 @@ std::int32_t CExtModel::RunToStartDate(const tInitData* init, tErrorRecord* err)
     const bool read = Session && Session->ReadCurrentData(Reservoir.get(), error);
     markConnected(false);
     if (!read) {
+        if (Session && Session->IsSimulatorGone()) error = CJobSession::kSimulatorEnded;
         WriteFormat(err, "Error when reading data from tNavigator: <%s>", error.c_str());
         return 1;
     }

@@ -5,6 +5,7 @@
 #include "driver/BoundaryDate.h"
 #include "driver/ErrorRecord.h"
 #include "driver/ExtModel.h"
+#include "session/JobSession.h"
 #include "session/WellTargets.h"
 #include "wells/WellControl.h"
 
@@ -19,6 +20,12 @@ constexpr double kMatchTolerance = 0.000707;
 
 void WriteCut(tErrorRecord* err, const std::string& text) {
     WriteText(err, text.substr(0, 255));
+}
+
+// The session's text of a failed call, or the end of the simulation when the call failed because the
+// simulator died or ended, whatever the client library said of it.
+std::string SessionText(const CJobSession* session, const std::string& text) {
+    return session != nullptr && session->IsSimulatorGone() ? CJobSession::kSimulatorEnded : text;
 }
 
 }  // namespace
@@ -50,7 +57,7 @@ std::int32_t CExtModel::Timestep(tTimestepData* step, tErrorRecord* err) {
         }
         std::string error;
         if (!ApplyWellTargets(error)) {
-            WriteCut(err, error);
+            WriteCut(err, SessionText(Session.get(), error));
             return 1;
         }
         if (!Session->RequestReportDate(DateFromBoundary(&step->stTarget), error)) {
@@ -60,7 +67,7 @@ std::int32_t CExtModel::Timestep(tTimestepData* step, tErrorRecord* err) {
         ReportDate = Session->NextReportDate();
         if (!ReportDate.IsValid()) return 1;
         if (!ResetInjectorPhasesStep(error)) {
-            WriteCut(err, error);
+            WriteCut(err, SessionText(Session.get(), error));
             return 1;
         }
         remaining = ReportDate.Days() - CurrentDate.Days();
@@ -68,8 +75,11 @@ std::int32_t CExtModel::Timestep(tTimestepData* step, tErrorRecord* err) {
     while (remaining > kStepTolerance) {
         if (BetweenPasses) BetweenPasses();
         Guard lock(Lock);
+        // Only the model's own Stop takes the session away; a simulator that died leaves it in place, and is
+        // not reported as stopped.
         if (!IsConnected()) {
-            WriteText(err, "Process was stopped during a Timestep().");
+            WriteText(err,
+                      Session ? CJobSession::kSimulatorEnded : "Process was stopped during a Timestep().");
             return 1;
         }
         const OleDate before = CurrentDate;
@@ -87,12 +97,13 @@ std::int32_t CExtModel::Timestep(tTimestepData* step, tErrorRecord* err) {
         if (remaining <= kStepTolerance) {
             std::string error;
             if (!Session->ReadCurrentData(Reservoir.get(), error)) {
-                WriteFormat(err, "Error when reading data from tNavigator: <%s>", error.c_str());
+                WriteCut(err, "Error when reading data from tNavigator: <" +
+                                  SessionText(Session.get(), error) + ">");
                 return 1;
             }
             UpdateFieldTotals();
             if (!ResetInjectorPhasesStep(error)) {
-                WriteCut(err, error);
+                WriteCut(err, SessionText(Session.get(), error));
                 return 1;
             }
         }
@@ -109,15 +120,16 @@ std::int32_t CExtModel::Timestep(tTimestepData* step, tErrorRecord* err) {
 bool CExtModel::StepToNextStop(tErrorRecord* err) {
     std::string error;
     if (!Session->Continue(error)) {
-        WriteFormat(err, "Error when moving to the next time-step: <%s>", error.c_str());
+        WriteCut(err, "Error when moving to the next time-step: <" + SessionText(Session.get(), error) + ">");
         return false;
     }
     if (RunInitialised && !IsRunActive()) {
-        WriteText(err, "The tNavigator Simulation has ended.");
+        WriteText(err, CJobSession::kSimulatorEnded);
         return false;
     }
     if (!Session->ReadCurrentDate(&CurrentDate, error) || !CurrentDate.IsValid()) {
-        WriteFormat(err, "Error when reading current time from tNavigator: <%s>", error.c_str());
+        WriteCut(err, "Error when reading current time from tNavigator: <" +
+                          SessionText(Session.get(), error) + ">");
         return false;
     }
     return true;

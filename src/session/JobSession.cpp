@@ -64,6 +64,12 @@ bool CJobSession::HasJobEnded() const {
     return m_pJob->is_job_ended() == 1;
 }
 
+bool CJobSession::IsSimulatorGone() const {
+    if (m_pManager == nullptr) return false;
+    if (!IsConnected()) return true;
+    return m_pJob != nullptr && m_pJob->is_job_ended() != 0;  // -1: the job did not answer
+}
+
 bool CJobSession::CreateProcessSerialised(std::string& error) {
     while (s_creatingProcess.load()) std::this_thread::sleep_for(std::chrono::milliseconds(100));
     s_creatingProcess.store(true);

@@ -56,6 +56,12 @@ class CJobSession {
     bool IsJobRunning() const;
     // True when not connected; false when there is no job; else what the job says.
     bool HasJobEnded() const;
+    // The session was connected and its simulator is gone: the connection is lost, or the launched job has
+    // ended or no longer answers. A closed session (no manager) is not gone: it was stopped.
+    bool IsSimulatorGone() const;
+
+    // What the model reports for a simulator that ended or died while it held the session.
+    static constexpr const char* kSimulatorEnded = "The tNavigator Simulation has ended.";
 
     // Runs ConnectDispatcher under the process-wide flag and the machine-wide creation mutex. A timeout at
     // the mutex fails with an empty text.

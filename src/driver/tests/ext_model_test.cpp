@@ -357,7 +357,33 @@ TEST_F(Stepping, AJobThatEndsBetweenPassesEndsTheStep) {
         if (++passes == 2) Script().state.jobEnded = true;
     });
     EXPECT_EQ(StepTo(start_ + 31), 1);
-    EXPECT_STREQ(err_.szText, "Error when moving to the next time-step: <The simulator is not running.>");
+    EXPECT_STREQ(err_.szText,
+                 "Error when moving to the next time-step: <The tNavigator Simulation has ended.>");
+}
+
+// A simulator that dies is never taken for a Stop: the step ends with the text of an ended simulation and
+// the model keeps its session for Stop to end.
+TEST_F(Stepping, ASimulatorLostBetweenPassesEndsTheSimulationNotAStop) {
+    for (const int lostAfter : {1, 2}) {
+        SCOPED_TRACE("lost after pass " + std::to_string(lostAfter));
+        Script().state.connectionLost = false;
+        Script().state.current = {2015, 1, 1};
+        Script().state.stops = {{2015, 1, 11}, {2015, 1, 21}};
+        if (model_.GetSession() == nullptr) {
+            Restart();
+            ASSERT_EQ(Start(), 0) << err_.szText;
+        }
+        int passes = 0;
+        ExtModelProbe::SetBetweenPasses(model_, [&] {
+            if (++passes == lostAfter) Script().state.connectionLost = true;
+        });
+        EXPECT_EQ(StepTo(start_ + 31), 1);
+        EXPECT_STREQ(err_.szText, "The tNavigator Simulation has ended.");
+        EXPECT_NE(model_.GetSession(), nullptr);
+        ExtModelProbe::SetBetweenPasses(model_, nullptr);
+        EXPECT_EQ(model_.Stop(), 0);
+        EXPECT_EQ(model_.GetSession(), nullptr);
+    }
 }
 
 TEST_F(Stepping, AStopFromAnotherThreadBetweenPassesEndsTheStepCleanly) {
