@@ -1,5 +1,6 @@
 #include "common/BinaryArchive.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -47,6 +48,11 @@ BinaryArchive::BinaryArchive(const void* buffer, std::size_t size, ArchiveDirect
 
 BinaryArchive::BinaryArchive(int fd, ArchiveDirection direction) : direction_(direction), fd_(fd) {
     if (fd < 0) throw std::invalid_argument("BinaryArchive: invalid file descriptor");
+    struct stat st {};
+    if (direction == ArchiveDirection::Load && ::fstat(fd, &st) == 0 && S_ISREG(st.st_mode) &&
+        ::lseek(fd, 0, SEEK_CUR) >= 0) {
+        file_end_ = static_cast<std::size_t>(st.st_size);
+    }
     TransferHeader();
 }
 
@@ -113,6 +119,12 @@ void BinaryArchive::Transfer(std::string& value) {
     Transfer(length);
     if (length < 0) throw ArchiveException("negative string length " + std::to_string(length), start);
     const auto count = static_cast<std::size_t>(length);
+    if (count > kMaxStringLength || count > Remaining()) {
+        throw ArchiveException("string length " + std::to_string(count) + " exceeds the " +
+                                   std::to_string(std::min(Remaining(), kMaxStringLength)) +
+                                   " bytes that can follow",
+                               position_);
+    }
     if (fd_ < 0) {
         CheckBounds(count);
         value.assign(reinterpret_cast<const char*>(load_buffer_ + position_), count);
@@ -127,6 +139,50 @@ void BinaryArchive::Transfer(std::string& value) {
         Get(reinterpret_cast<unsigned char*>(text.data() + used), piece);
     }
     value = std::move(text);
+}
+
+std::size_t BinaryArchive::Remaining() const {
+    if (IsStoring()) return kUnbounded;
+    if (fd_ < 0) return size_ - position_;
+    if (file_end_ == kUnbounded) return kUnbounded;
+    const off_t at = ::lseek(fd_, 0, SEEK_CUR);
+    if (at < 0) return kUnbounded;
+    const auto offset = static_cast<std::size_t>(at);
+    return offset >= file_end_ ? 0 : file_end_ - offset;
+}
+
+std::size_t BinaryArchive::ReadCount(std::size_t minItemBytes, std::size_t ceiling) {
+    std::int32_t stored = 0;
+    Transfer(stored);
+    if (stored < 0) throw ArchiveException("negative count " + std::to_string(stored), position_);
+    const auto count = static_cast<std::size_t>(stored);
+    CheckCount(count, minItemBytes, ceiling);
+    return count;
+}
+
+void BinaryArchive::CheckCount(std::size_t count, std::size_t minItemBytes, std::size_t ceiling,
+                               std::size_t readBytes) const {
+    const std::size_t remaining = Remaining();
+    if (minItemBytes != 0 && remaining != kUnbounded && count > remaining / minItemBytes) {
+        // Reported where reading the items in pieces of `readBytes` would have run out.
+        const std::size_t piece = readBytes != 0 ? readBytes : minItemBytes;
+        throw ArchiveException("count " + std::to_string(count) + " of " + std::to_string(minItemBytes) +
+                                   "-byte items exceeds the " + std::to_string(remaining) + " bytes left",
+                               position_ + remaining - remaining % piece);
+    }
+    if (count > ceiling) {
+        throw ArchiveException(
+            "count " + std::to_string(count) + " is above the limit of " + std::to_string(ceiling),
+            position_);
+    }
+}
+
+void BinaryArchive::TransferCount(std::int32_t& count, std::size_t minItemBytes, std::size_t ceiling) {
+    if (IsStoring()) {
+        Transfer(count);
+        return;
+    }
+    count = static_cast<std::int32_t>(ReadCount(minItemBytes, ceiling));
 }
 
 template <typename Unsigned>

@@ -3,7 +3,10 @@
 #include <strings.h>
 
 #include <algorithm>
+#include <string>
+#include <type_traits>
 #include <utility>
+#include <vector>
 
 #include "common/BinaryArchive.h"
 #include "common/Trim.h"
@@ -67,11 +70,22 @@ double EntryAt(const std::vector<double>& values, long long at) {
     return at >= 0 && at < static_cast<long long>(values.size()) ? values[static_cast<std::size_t>(at)] : 0.0;
 }
 
-// A count followed by that many items. A load grows the vector only as far as the stream holds items.
+// The least one item takes in the stream: a double its eight bytes, a string its length.
+template <typename T>
+constexpr std::size_t MinItemBytes() {
+    if constexpr (std::is_same_v<T, std::string>) {
+        return sizeof(std::int32_t);
+    } else {
+        return sizeof(T);
+    }
+}
+
+// A count followed by that many items. A loaded count is checked against the bytes left before any item is
+// read.
 template <typename T>
 void TransferVector(BinaryArchive& archive, std::vector<T>& values) {
     auto count = static_cast<std::int32_t>(values.size());
-    archive.Transfer(count);
+    archive.TransferCount(count, MinItemBytes<T>(), BinaryArchive::kMaxElements);
     if (archive.IsStoring()) {
         for (T& value : values) archive.Transfer(value);
         return;
@@ -238,11 +252,14 @@ std::int32_t FluidProperties::StreamData(BinaryArchive* archive, std::int32_t /*
     auto type = static_cast<std::int8_t>(fluid.modelType);
     archive->Transfer(type);
     if (!archive->IsStoring()) fluid.SetModelType(type);
-    archive->Transfer(fluid.pvtRegionCount);
+    // The region count sizes the densities whenever the model type is set again, so it is held to the
+    // ceiling of an array of three densities a region.
+    archive->TransferCount(fluid.pvtRegionCount, 0, BinaryArchive::kMaxElements / 3);
     if (fluid.IsBlackOil()) {
         TransferVector(*archive, fluid.blackOilDensities);
     } else {
-        archive->Transfer(fluid.eosRegionCount);
+        archive->TransferCount(fluid.eosRegionCount, MinItemBytes<std::string>(),
+                               BinaryArchive::kMaxElements);
         if (archive->IsStoring()) {
             for (std::int32_t r = 1; r <= fluid.eosRegionCount; ++r) {
                 std::string name = fluid.EosName(r);

@@ -111,11 +111,14 @@ std::int32_t IprTable::StreamData(BinaryArchive* archive, std::int32_t /*version
         }
         return 0;
     }
-    std::int32_t count = 0;
-    archive->Transfer(count);
-    // The count is not trusted: the vectors grow only as far as the stream really holds points.
+    // A count below 1 empties the table. Each point is six doubles, and a count the stream cannot hold fails
+    // before anything is read.
+    std::int32_t stored = 0;
+    archive->Transfer(stored);
+    const std::size_t count = stored > 0 ? static_cast<std::size_t>(stored) : 0;
+    archive->CheckCount(count, 6 * sizeof(double), BinaryArchive::kMaxElements, sizeof(double));
     IprTable loaded;
-    for (std::int32_t i = 0; i < count; ++i) {
+    for (std::size_t i = 0; i < count; ++i) {
         for (auto* values : {&loaded.Pressures, &loaded.GasRates, &loaded.OilRates, &loaded.WaterRates,
                              &loaded.Temperatures, &loaded.MassFlows}) {
             double value = 0.0;

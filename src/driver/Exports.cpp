@@ -157,17 +157,33 @@ std::uint32_t ExtEquipXml(void* instance, const char* outputPath, std::uint8_t n
     }
 }
 
+// The session exports answer 1 on a null instance and write nothing; nothing thrown below reaches the host.
 std::uint32_t ExtConnectToApp(void* instance, std::uint32_t a, std::uint32_t b, tErrorRecord* err) {
     ModuleStateGuard state;
-    return static_cast<std::uint32_t>(AsModel(instance)->ConnectToApplication(a, b, err));
+    if (instance == nullptr) return 1;
+    try {
+        return static_cast<std::uint32_t>(AsModel(instance)->ConnectToApplication(a, b, err));
+    } catch (...) {
+        return 1;
+    }
 }
 
 std::uint32_t ExtStartApp(void* instance, std::uint32_t a, tErrorRecord* err) {
     ModuleStateGuard state;
-    return static_cast<std::uint32_t>(AsModel(instance)->StartApp(static_cast<std::int32_t>(a), err));
+    if (instance == nullptr) return 1;
+    try {
+        return static_cast<std::uint32_t>(AsModel(instance)->StartApp(static_cast<std::int32_t>(a), err));
+    } catch (...) {
+        return 1;
+    }
 }
 
 std::uint32_t ExtStopApp(void* instance) {
     ModuleStateGuard state;
-    return static_cast<std::uint32_t>(AsModel(instance)->StopApp());
+    if (instance == nullptr) return 1;
+    try {
+        return static_cast<std::uint32_t>(AsModel(instance)->StopApp());
+    } catch (...) {
+        return 1;
+    }
 }

@@ -71,6 +71,10 @@ std::string Lookup(const std::map<std::string, std::string>& options, const char
     return it == options.end() ? std::string() : it->second;
 }
 
+// The least a well takes in the stream: its name's length, seven flag and code bytes, three record flags,
+// the target's flag word, the inflow table's count, two regions and two component counts.
+constexpr std::size_t kMinWellBytes = 4 + 7 + 3 + 2 + 4 + 4 + 4 + 4 + 4;
+
 // The reservoir sections of the archive file: the unit system's name, the fluid description and the well
 // list as an i32 count followed by each well. Loaded wells take the reservoir's fluid, and the unit system
 // is set up again from its name. A section cut short raises the archive's exception.
@@ -80,7 +84,7 @@ void StreamReservoir(BinaryArchive& archive, ReservoirData& reservoir, std::int3
     if (!archive.IsStoring()) reservoir.units.SetUp(unitSystem);
     reservoir.fluid.StreamData(&archive, version);
     auto count = static_cast<std::int32_t>(reservoir.wells.Count());
-    archive.Transfer(count);
+    archive.TransferCount(count, kMinWellBytes, BinaryArchive::kMaxWells);
     if (archive.IsStoring()) {
         for (WellData& well : reservoir.wells) well.StreamData(&archive, version);
         return;

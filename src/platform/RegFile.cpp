@@ -70,12 +70,21 @@ bool CaseInsensitiveLess::operator()(const std::string& a, const std::string& b)
 RegistryKeys ParseRegFile(const std::string& text) {
     RegistryKeys keys;
     RegistryValues* current = nullptr;
-    std::istringstream lines(text);
+    std::size_t entries = 0;
+    std::istringstream lines(text.size() > kMaxRegFileBytes ? std::string() : text);
     std::string line;
     while (std::getline(lines, line)) {
+        if (line.size() > kMaxRegLineLength) continue;  // not a line of ours
         while (!line.empty() && line.back() == '\r') line.pop_back();
         if (line.size() >= 2 && line.front() == '[' && line.back() == ']') {
-            current = &keys[line.substr(1, line.size() - 2)];
+            std::string key = line.substr(1, line.size() - 2);
+            const auto found = keys.find(key);
+            if (found == keys.end() && entries >= kMaxRegEntries) {
+                current = nullptr;
+                continue;
+            }
+            if (found == keys.end()) ++entries;
+            current = &keys[std::move(key)];
             continue;
         }
         if (current == nullptr || line.empty() || line.front() != '"') continue;
@@ -94,7 +103,13 @@ RegistryKeys ParseRegFile(const std::string& text) {
             value.kind = RegistryValue::Kind::Other;
             value.text = rest;
         }
-        (*current)[name] = std::move(value);
+        const auto found = current->find(name);
+        if (found != current->end()) {
+            found->second = std::move(value);
+        } else if (entries < kMaxRegEntries) {
+            ++entries;
+            current->emplace(std::move(name), std::move(value));
+        }
     }
     return keys;
 }

@@ -35,8 +35,16 @@ struct RegistryValue {
 using RegistryValues = std::map<std::string, RegistryValue, CaseInsensitiveLess>;
 using RegistryKeys = std::map<std::string, RegistryValues, CaseInsensitiveLess>;
 
-// Reads the text of a registry file. Lines that are not understood are skipped, and so are values that
-// stand before any key.
+// What a registry file may hold: its size, a line's length, and the keys and values together. The store
+// holds tens of values; anything past these is not ours and is not read.
+inline constexpr std::size_t kMaxRegFileBytes = 16u * 1024 * 1024;
+inline constexpr std::size_t kMaxRegLineLength = 1024u * 1024;
+inline constexpr std::size_t kMaxRegEntries = 65'536;
+
+// Reads the text of a registry file in one pass. Lines that are not understood are skipped, and so are
+// values that stand before any key. A text above kMaxRegFileBytes reads as empty; a line above
+// kMaxRegLineLength is skipped; keys and values
+// beyond kMaxRegEntries are not kept.
 RegistryKeys ParseRegFile(const std::string& text);
 
 // The file's text: the header, then each key and its values in name order.

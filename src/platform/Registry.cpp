@@ -42,11 +42,15 @@ class StoreLock {
     int fd_ = -1;
 };
 
-// The whole file, or the empty text when there is none yet; false when it exists but cannot be read.
+// The whole file, or the empty text when there is none yet; false when it exists but cannot be read or is
+// larger than a registry file can be, so that it is neither read into memory nor written over.
 bool ReadFile(const std::string& path, std::string& text) {
     text.clear();
     std::ifstream in(path, std::ios::binary);
     if (!in) return !fs::exists(path);
+    std::error_code error;
+    const std::uintmax_t size = fs::file_size(path, error);
+    if (error || size > kMaxRegFileBytes) return false;
     std::ostringstream buffer;
     buffer << in.rdbuf();
     text = buffer.str();

@@ -18,6 +18,9 @@ namespace {
 constexpr std::int32_t kFirstVersionWithEfficiency = 3;
 // Stored rate fractions further than this from those the rates give are not kept.
 constexpr double kFractionTolerance = 1e-9;
+// The most components a loaded composition may name.
+constexpr std::size_t kMaxHcComponents = 10'000;
+constexpr std::size_t kMaxWaterComponents = 100;
 
 // A bool is one byte; any nonzero byte reads as true.
 void TransferBool(BinaryArchive& archive, bool& value) {
@@ -58,11 +61,10 @@ void TransferAux(BinaryArchive& archive, std::array<double, 4>& aux) {
     for (double& value : aux) archive.Transfer(value);
 }
 
-// An i32 count and that many doubles. The loaded count is not trusted: the vector grows only as far as
-// the stream really holds values.
+// An i32 count and that many doubles; a loaded count the stream cannot hold fails before any is read.
 void TransferDoubles(BinaryArchive& archive, std::vector<double>& values) {
     auto count = static_cast<std::int32_t>(values.size());
-    archive.Transfer(count);
+    archive.TransferCount(count, sizeof(double), BinaryArchive::kMaxElements);
     if (archive.IsStoring()) {
         for (double& value : values) archive.Transfer(value);
         return;
@@ -107,10 +109,10 @@ void StoreComposition(BinaryArchive& archive, const WellComposition& composition
 }
 
 void LoadComposition(BinaryArchive& archive, WellComposition& composition) {
-    std::int32_t hcCount = 0;
-    std::int32_t waterCount = 0;
-    archive.Transfer(hcCount);
-    archive.Transfer(waterCount);
+    // Setting the counts sizes the parameters, so both are checked first: hydrocarbon components are followed
+    // by at least a double each, and water components alone bring nothing more.
+    const auto hcCount = static_cast<std::int32_t>(archive.ReadCount(sizeof(double), kMaxHcComponents));
+    const auto waterCount = static_cast<std::int32_t>(archive.ReadCount(0, kMaxWaterComponents));
     composition.SetWaterCount(waterCount);
     composition.SetHcCount(hcCount);
     if (hcCount <= 0) return;

@@ -147,3 +147,94 @@ TEST(BinaryArchiveTest, ShortDataRaisesAtTheOffsetOfTheFailingAccessAndTakesNoth
 
 }  // namespace
 }  // namespace rivulet
+
+namespace rivulet {
+namespace {
+
+// A count of items of a least size against what follows it: the remaining bytes and the ceiling decide
+// before anything is read, in memory and in a file, with the descriptor's other readers accounted for.
+TEST(BinaryArchiveTest, ReadCountChecksTheCeilingAndTheBytesThatRemain) {
+    struct Case {
+        std::int32_t count;
+        std::size_t minItemBytes;
+        std::size_t ceiling;
+        std::size_t following;  // bytes stored after the count
+        bool accepted;
+    };
+    const Case cases[] = {
+        {0, 8, 10, 0, true},
+        {3, 8, 10, 24, true},
+        {3, 8, 10, 23, false},
+        {4, 6 * 8, 100, 4 * 48, true},
+        {4, 6 * 8, 100, 4 * 48 - 1, false},
+        {10, 1, 9, 100, false},
+        {10, 0, 10, 0, true},  // items that take no room are held to the ceiling alone
+        {11, 0, 10, 0, false},
+        {-1, 8, 10, 8, false},
+        {std::numeric_limits<std::int32_t>::max(), 8, BinaryArchive::kMaxElements, 64, false},
+        {std::numeric_limits<std::int32_t>::max(), 1, std::numeric_limits<std::size_t>::max(), 64, false},
+        {std::numeric_limits<std::int32_t>::min(), 0, 10, 0, false},
+    };
+    for (const Case& c : cases) {
+        Bytes bytes = Stored(0, c.count);
+        bytes.resize(bytes.size() + c.following, 0xAB);
+        const auto read = [&](BinaryArchive& a) {
+            EXPECT_EQ(a.ReadCount(c.minItemBytes, c.ceiling), static_cast<std::size_t>(c.count));
+            EXPECT_EQ(a.Remaining(), c.following);
+        };
+        // Too many for the bytes left fails after the last whole item; negative or above the ceiling, just
+        // after the count.
+        const bool tooMany = c.count > 0 && c.minItemBytes != 0 &&
+                             static_cast<std::size_t>(c.count) > c.following / c.minItemBytes;
+        const long offset = c.accepted ? -1
+                            : tooMany  ? static_cast<long>(bytes.size() - c.following % c.minItemBytes)
+                                       : 12;
+        EXPECT_EQ(LoadBoth(bytes, read), std::pair(offset, offset)) << c.count << " of " << c.minItemBytes;
+    }
+}
+
+TEST(BinaryArchiveTest, StringLengthsAreHeldToWhatRemainsBeforeAnythingIsReserved) {
+    const std::tuple<std::int32_t, std::size_t, bool> cases[] = {
+        {5, 5, true}, {5, 4, false}, {0, 0, true}, {1 << 30, 100, false}, {0x7FFFFFFF, 1000, false}};
+    for (const auto& [length, following, accepted] : cases) {
+        Bytes bytes = Stored(0, length);
+        bytes.resize(bytes.size() + following, 'x');
+        std::string text = "kept";
+        const long offset = accepted ? -1 : 12;
+        EXPECT_EQ(LoadBoth(bytes, [&](BinaryArchive& a) { a.Transfer(text); }), std::pair(offset, offset))
+            << length;
+        EXPECT_EQ(text, accepted ? std::string(static_cast<std::size_t>(length), 'x') : "kept");
+    }
+}
+
+TEST(BinaryArchiveTest, RemainingFollowsTheDescriptorAndIsUnboundedWhenItCannotBeKnown) {
+    TempFile file(Stored(0, std::int32_t{2}, std::int32_t{3}, 1.0));
+    BinaryArchive archive(file.fd, ArchiveDirection::Load);
+    EXPECT_EQ(archive.Remaining(), 16u);
+    ASSERT_EQ(::lseek(file.fd, 4, SEEK_CUR), 12);  // another reader of the descriptor took the first count
+    EXPECT_EQ(archive.Remaining(), 12u);
+    EXPECT_EQ(FailureOffset([&] { archive.ReadCount(8, 10); }), 20);  // 3 doubles where 1 is left
+    EXPECT_EQ(archive.Remaining(), 8u);
+
+    Bytes buffer(64);
+    BinaryArchive store(buffer.data(), buffer.size(), ArchiveDirection::Store);
+    EXPECT_EQ(store.Remaining(), BinaryArchive::kUnbounded);
+    std::int32_t count = 7;
+    store.TransferCount(count, 1000, 1);  // a store is not checked
+    EXPECT_EQ(store.Position(), 12u);
+
+    // A pipe has no end to measure, so only the ceiling holds a count.
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    const Bytes piped = Stored(0, std::int32_t{1000}, std::int32_t{1001});
+    ASSERT_EQ(::write(ends[1], piped.data(), piped.size()), static_cast<ssize_t>(piped.size()));
+    ::close(ends[1]);
+    BinaryArchive reader(ends[0], ArchiveDirection::Load);
+    EXPECT_EQ(reader.Remaining(), BinaryArchive::kUnbounded);
+    EXPECT_EQ(reader.ReadCount(8, 1000), 1000u);
+    EXPECT_EQ(FailureOffset([&] { reader.ReadCount(8, 1000); }), 16);
+    ::close(ends[0]);
+}
+
+}  // namespace
+}  // namespace rivulet
