@@ -82,7 +82,9 @@ bool FileUtils::JoinPath(std::string& out, const std::string& directory, const s
 
 bool FileUtils::DirectoryExists(const std::string& path) {
     struct stat info {};
-    return !path.empty() && ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+    // A path with a zero byte in it names nothing: the system would see only the part before it.
+    return !path.empty() && path.find('\0') == std::string::npos && ::stat(path.c_str(), &info) == 0 &&
+           S_ISDIR(info.st_mode);
 }
 
 bool FileUtils::DirectoryIsWritable(const std::string& path) {
@@ -93,7 +95,10 @@ bool FileUtils::DirectoryIsWritable(const std::string& path) {
     // JoinPath would put a "\" after a directory without a trailing separator, which is no separator here.
     const std::string directory = IsSeparator(path.back()) ? path : path + '/';
     std::string probe;
+    // A name not yet taken; a directory full of probes is given up on rather than searched for ever.
+    int tries = 0;
     do {
+        if (++tries > 1000) return false;
         char fileName[64];
         std::snprintf(fileName, sizeof fileName, "ConfluxDirAccessTest%d.tmp", draw(random));
         JoinPath(probe, directory, fileName);
@@ -108,7 +113,7 @@ bool FileUtils::DirectoryIsWritable(const std::string& path) {
 }
 
 bool FileUtils::FileExists(const std::string& path, bool readOnly) {
-    if (path.empty()) return false;
+    if (path.empty() || path.find('\0') != std::string::npos) return false;
     const int fd = ::open(path.c_str(), (readOnly ? O_RDONLY : O_RDWR) | O_CLOEXEC | O_NONBLOCK);
     if (fd < 0) return false;
     struct stat info {};
