@@ -36,6 +36,19 @@ inline bool EndsWithLine(const std::string& log, const std::string& line) {
     return log.ends_with("\n" + line + "\n");
 }
 
+// How often the scripted library was called by that name, and the arguments of the last such call.
+inline int Calls(const std::string& name) {
+    return Script().Count(name);
+}
+inline std::string Args(const std::string& name) {
+    return Script().LastArgs(name);
+}
+
+// The text a call that was to fail left: its error, or "(no error)" when it succeeded.
+inline std::string ErrorOf(bool succeeded, const std::string& error) {
+    return succeeded ? "(no error)" : error;
+}
+
 class SessionTest : public ::testing::Test {
   protected:
     void SetUp() override {
@@ -76,8 +89,6 @@ class SessionTest : public ::testing::Test {
         return path.string();
     }
     static tnavscripted::State& Sim() { return Script().state; }
-    static int Calls(const std::string& name) { return Script().Count(name); }
-    static std::string Args(const std::string& name) { return Script().LastArgs(name); }
 
     std::filesystem::path dir_;
     MachineConfig config_;

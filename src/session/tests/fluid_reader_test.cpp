@@ -43,13 +43,12 @@ TEST_F(FluidReaderTest, CompositionalModelReadsEveryPartButTheEosTypes) {
                      "compos__get_component_properties",
                      "isotherm_compos__get_component_binary_interaction_coefficients",
                      "compos__get_water_component_names", "compos__get_water_sc_densities"}));
-    EXPECT_EQ(Script().LastArgs("compos__get_component_properties"), "0,1,2,3,4,5,6,7,8");
-    EXPECT_EQ(fluid_.eosNames, (Names{"PR", "PR"}));
-    EXPECT_EQ(fluid_.hcNames, (Names{"C1", "CO2", "C7"}));
-    EXPECT_EQ(fluid_.waterNames, Names{"H2O"});
-    EXPECT_EQ(fluid_.PropertyArray(2, kCriticalPressure)[2], 31.0);
-    EXPECT_EQ(fluid_.InteractionCoefficients(2)[1], 10.0);
-    EXPECT_EQ(fluid_.WaterDensity(2), 1030.0);
+    EXPECT_EQ(Args("compos__get_component_properties"), "0,1,2,3,4,5,6,7,8");
+    EXPECT_EQ(std::tie(fluid_.eosNames, fluid_.hcNames, fluid_.waterNames),
+              std::tuple(Names{"PR", "PR"}, Names{"C1", "CO2", "C7"}, Names{"H2O"}));
+    EXPECT_EQ(std::tuple(fluid_.PropertyArray(2, kCriticalPressure)[2], fluid_.InteractionCoefficients(2)[1],
+                         fluid_.WaterDensity(2)),
+              std::tuple(31.0, 10.0, 1030.0));
     // The properties' call logs its arguments by hand.
     EXPECT_NE(log_.str().find("double*)\ncomponent_property_t*\nint = 9\ndouble*\n\nisotherm_"),
               std::string::npos);
@@ -58,18 +57,16 @@ TEST_F(FluidReaderTest, CompositionalModelReadsEveryPartButTheEosTypes) {
 TEST_F(FluidReaderTest, ThermalMiscibleModelReadsEosTypesButNamesNoEquation) {
     Script().state.miscible = true;
     ASSERT_TRUE(Read(" thermalcompositional ")) << error_;
-    EXPECT_EQ(Script().Count("isotherm_compos__get_eos_types"), 1);
-    EXPECT_EQ(Script().Count("isotherm_compos__get_component_binary_interaction_coefficients"), 0);
-    EXPECT_EQ(Script().LastArgs("compos__get_component_properties"), "0,1,2,9");
-    EXPECT_EQ(fluid_.modelType, 6);
-    EXPECT_EQ(fluid_.eosNames, (Names{"", ""}));
+    EXPECT_EQ(std::tuple(Calls("isotherm_compos__get_eos_types"),
+                         Calls("isotherm_compos__get_component_binary_interaction_coefficients"),
+                         Args("compos__get_component_properties"), fluid_.modelType, fluid_.eosNames),
+              std::tuple(1, 0, "0,1,2,9", 6, Names{"", ""}));
 }
 
 TEST_F(FluidReaderTest, BlackOilModelReadsRegionsAndDensitiesOnly) {
     ASSERT_TRUE(Read("ThermalBlackOil")) << error_;
     EXPECT_EQ(log_.str(), "\nget_number_of_pvt_regions(int*)\n\nblack_oil__get_sc_densities(double*)\n");
-    EXPECT_EQ(fluid_.modelType, 2);
-    EXPECT_EQ(fluid_.GasDensity(2), 0.8);
+    EXPECT_EQ(std::tuple(fluid_.modelType, fluid_.GasDensity(2)), std::tuple(2, 0.8));
 }
 
 TEST_F(FluidReaderTest, EachFailureStopsTheReadWithItsMessage) {
@@ -100,11 +97,11 @@ TEST_F(FluidReaderTest, EachFailureStopsTheReadWithItsMessage) {
 
     // A model without PVT regions has no array to fill.
     Script().state.scDensities.clear();
-    EXPECT_FALSE(Read("IsothermalBlackOil"));
-    EXPECT_EQ(error_, "GetBlackOilDensities() was passed a null output array");
-    EXPECT_EQ(Script().Count("black_oil__get_sc_densities"), 0);
-    EXPECT_FALSE(GetFluid(requester_, "IsothermalBlackOil", nullptr, error_));
-    EXPECT_EQ(error_, "A null FluidProperties object was passed to GetFluid()");
+    EXPECT_EQ(ErrorOf(Read("IsothermalBlackOil"), error_),
+              "GetBlackOilDensities() was passed a null output array");
+    EXPECT_EQ(Calls("black_oil__get_sc_densities"), 0);
+    EXPECT_EQ(ErrorOf(GetFluid(requester_, "IsothermalBlackOil", nullptr, error_), error_),
+              "A null FluidProperties object was passed to GetFluid()");
 }
 
 TEST_F(FluidReaderTest, MathModelAndUnitSystem) {
@@ -117,8 +114,8 @@ TEST_F(FluidReaderTest, MathModelAndUnitSystem) {
         EXPECT_EQ(name, names[value]);
     }
     Script().Fail("get_math_model_type", 2, "gone");
-    EXPECT_FALSE(ReadMathModelName(requester_, name, error_));
-    EXPECT_EQ(error_, "Error when reading mathematical model: <gone>");
+    EXPECT_EQ(ErrorOf(ReadMathModelName(requester_, name, error_), error_),
+              "Error when reading mathematical model: <gone>");
 
     log_.str("");
     Script().state.units = TNAV_UNIT_SYSTEM_FIELD;
@@ -127,11 +124,10 @@ TEST_F(FluidReaderTest, MathModelAndUnitSystem) {
     EXPECT_EQ(units.name, "FIELD");
     EXPECT_EQ(log_.str(), "\ncompos__get_water_sc_densities(unit_system_t*)\n");
     Script().state.units = static_cast<tNavigator_API_RMA_unit_system_t>(4);
-    EXPECT_FALSE(ReadUnitSystem(requester_, units, error_));
-    EXPECT_EQ(error_, "Invalid unit system");
+    EXPECT_EQ(ErrorOf(ReadUnitSystem(requester_, units, error_), error_), "Invalid unit system");
     Script().Fail("unit_system", 3, "late");
-    EXPECT_FALSE(ReadUnitSystem(requester_, units, error_));
-    EXPECT_EQ(error_, "Error when reading unit system: <late>");
+    EXPECT_EQ(ErrorOf(ReadUnitSystem(requester_, units, error_), error_),
+              "Error when reading unit system: <late>");
 }
 
 }  // namespace

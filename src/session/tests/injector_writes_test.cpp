@@ -27,8 +27,8 @@ class InjectorWrites : public RequesterTest {
 TEST_F(InjectorWrites, AnUntypedWellIsOpenedGivenItsPhaseAndInitialLimits) {
     requester_.defaultInjectorBhp = 250.0;
     ASSERT_TRUE(Open(2, 1)) << error_;
-    EXPECT_EQ(Script().LastArgs("set_new_well_statuses"), "1|2");
-    EXPECT_EQ(Script().LastArgs("enable_injector_limits"), "1|0,2|0,250");
+    EXPECT_EQ(Args("set_new_well_statuses"), "1|2");
+    EXPECT_EQ(Args("enable_injector_limits"), "1|0,2|0,250");
     EXPECT_EQ(std::tuple(wells_[1].wellType, wells_[1].status, wells_[1].injectionPhase),
               std::tuple(kWellInjector, kStatusOpenInjector, kPhaseGas));
     EXPECT_EQ(
@@ -52,8 +52,7 @@ TEST_F(InjectorWrites, AProducerIsOpenedAsInjectorButGetsNoInjectorLimits) {
     wells_[0].wellType = kWellProducer;
     ASSERT_TRUE(Open(0, 0)) << error_;
     EXPECT_EQ(Script().CallNames(), Names(kOpening.begin(), kOpening.begin() + 3));
-    EXPECT_FALSE(Open(3, 0));
-    EXPECT_EQ(error_, "An invalid phase was passed to setWellAsVaneInjector()");
+    EXPECT_EQ(ErrorOf(Open(3, 0), error_), "An invalid phase was passed to setWellAsVaneInjector()");
 }
 
 TEST_F(InjectorWrites, EachFailedCallIsReportedLoggedAndStopsTheRestButTheShutWellPhase) {
@@ -70,8 +69,7 @@ TEST_F(InjectorWrites, EachFailedCallIsReportedLoggedAndStopsTheRestButTheShutWe
     for (const auto& [call, text, made] : cases) {
         SetUp();
         Script().Fail(call, 4, "refused");
-        EXPECT_FALSE(Open(1, 2)) << call;
-        EXPECT_EQ(error_, text);
+        EXPECT_EQ(ErrorOf(Open(1, 2), error_), text) << call;
         EXPECT_EQ(Script().CallNames(), Names(kOpening.begin(), kOpening.begin() + made)) << call;
         EXPECT_NE(log_.str().find("\n" + error_ + "\n"), std::string::npos) << call;
     }
@@ -79,8 +77,8 @@ TEST_F(InjectorWrites, EachFailedCallIsReportedLoggedAndStopsTheRestButTheShutWe
 
 TEST_F(InjectorWrites, PhasesAreResentForTheListedWellsInOrder) {
     EXPECT_TRUE(requester_.ResetInjectorPhases(wells_, nullptr, 0, error_));
-    EXPECT_FALSE(requester_.ResetInjectorPhases(wells_, nullptr, 1, error_));
-    EXPECT_EQ(error_, "An null well index array was sent to ResetInjectorPhases().");
+    EXPECT_EQ(ErrorOf(requester_.ResetInjectorPhases(wells_, nullptr, 1, error_), error_),
+              "An null well index array was sent to ResetInjectorPhases().");
 
     for (WellData& well : wells_) {
         well.wellType = kWellInjector;
@@ -89,16 +87,16 @@ TEST_F(InjectorWrites, PhasesAreResentForTheListedWellsInOrder) {
     wells_[0].injectionPhase = kPhaseGas;
     wells_[2].injectionPhase = kPhaseNone;  // sent as water
     const int indices[] = {2, 0, 5, 1};
-    EXPECT_FALSE(requester_.ResetInjectorPhases(wells_, indices, 4, error_));
-    EXPECT_EQ(error_, "A invalid well index was given to ResetInjectorPhases().");
-    ASSERT_EQ(Script().Count("set_new_well_statuses"), 2);
+    EXPECT_EQ(ErrorOf(requester_.ResetInjectorPhases(wells_, indices, 4, error_), error_),
+              "A invalid well index was given to ResetInjectorPhases().");
+    ASSERT_EQ(Calls("set_new_well_statuses"), 2);
     EXPECT_EQ(Script().Calls()[1].args, "2|0");  // the phase of the first well
     EXPECT_EQ(wells_[0].injectionPhase, kPhaseGas);
     EXPECT_EQ(wells_[1].status, kStatusShut);
 
     Script().Fail("set_new_well_statuses", 4, "refused");
-    EXPECT_FALSE(requester_.ResetInjectorPhases(wells_, indices + 3, 1, error_));
-    EXPECT_EQ(error_, "Error when setting status of well index <1> to <2>: refused");
+    EXPECT_EQ(ErrorOf(requester_.ResetInjectorPhases(wells_, indices + 3, 1, error_), error_),
+              "Error when setting status of well index <1> to <2>: refused");
 }
 
 }  // namespace

@@ -79,20 +79,19 @@ class IprReads : public RequesterTest {
 //
 // Well 3, an injector whose BHP rises 0.001 psi per Mscf/day from 100 psig: 0.1, 1800.1, 4000.1, ...,
 // 18000.1 Mscf/day at 100.0001, 101.8001, 104.0001, ..., 118.0001 psig.
-TEST_F(IprReads, TablesOfProducersAndAnInjectorFollowTheHandWorking) {
+TEST_F(IprReads, TablesFollowTheHandWorkingAndTheLogShowsEachCallItsArraysAndItsResults) {
     AddFourWells();
     ASSERT_TRUE(Run()) << error_;
     EXPECT_EQ(Script().CallNames(),
               (Names{"set_inj_phases_for_ipr_shut_wells", "get_max_rates", "get_max_rates",
                      "set_number_of_ipr_points", "get_specific_rate_bhp_ipr"}));
-    EXPECT_EQ(Script().LastArgs("set_inj_phases_for_ipr_shut_wells"), "3|2");
+    EXPECT_EQ(Args("set_inj_phases_for_ipr_shut_wells"), "3|2");
     EXPECT_EQ(Script().Calls()[1].args, "0,0,0,1,1,1,2,2,2|2,1,0,2,1,0,2,1,0");
-    EXPECT_EQ(Script().LastArgs("get_max_rates"), "3|2");
-    EXPECT_EQ(Script().LastArgs("get_specific_rate_bhp_ipr"), "0,1,1,2,3|2,2,1,0,2");
+    EXPECT_EQ(Args("get_max_rates"), "3|2");
+    EXPECT_EQ(Args("get_specific_rate_bhp_ipr"), "0,1,1,2,3|2,2,1,0,2");
 
+    for (int well = 0; well < 4; ++well) ASSERT_EQ(Table(well).Length(), 10u) << well;
     // Wells 0 and 3: each gas rate in MMscf/day, and the pressure that goes with it.
-    ASSERT_EQ(Table(0).Length(), 10u);
-    ASSERT_EQ(Table(3).Length(), 10u);
     for (std::size_t k = 0; k < 10; ++k) {
         const double produced = (k == 1 ? 9.0 : 10.0 * k) + 0.0001;
         const double injected = (k == 1 ? 1.8 : 2.0 * k) + 0.0001;
@@ -101,14 +100,11 @@ TEST_F(IprReads, TablesOfProducersAndAnInjectorFollowTheHandWorking) {
         EXPECT_NEAR(Table(3).GasRates[k], injected, 1e-9) << k;
         EXPECT_NEAR(Table(3).Pressures[k], 100.0 + injected, 1e-9) << k;
     }
-    const Column zero(10, 0.0);
-    EXPECT_EQ(Table(0).OilRates, zero);
-    EXPECT_EQ(Table(0).WaterRates, zero);
-    EXPECT_EQ(Table(0).MassFlows, zero);
-    EXPECT_EQ(Table(0).Temperatures, Column(10, 60.0));
+    const Column zero(10, 0.0), hot(10, 60.0);
+    EXPECT_EQ(std::tie(Table(0).OilRates, Table(0).WaterRates, Table(0).MassFlows, Table(0).Temperatures),
+              std::tie(zero, zero, zero, hot));
 
     const IprTable& capped = Table(1);
-    ASSERT_EQ(capped.Length(), 10u);
     EXPECT_NEAR(capped.Pressures[0], 199.9999, 1e-9);
     EXPECT_NEAR(capped.Pressures[1], 189.99991, 1e-9);
     EXPECT_NEAR(capped.Pressures[9], 100.0, 1e-9);
@@ -118,18 +114,13 @@ TEST_F(IprReads, TablesOfProducersAndAnInjectorFollowTheHandWorking) {
     EXPECT_NEAR(capped.OilRates[9], 100000.0, 1e-6);
 
     const IprTable& tiny = Table(2);
-    ASSERT_EQ(tiny.Length(), 10u);
     EXPECT_NEAR(tiny.Pressures[0], 199.580952, 1e-6);
     EXPECT_NEAR(tiny.WaterRates[0], 4.190476e-7, 1e-13);
     EXPECT_NEAR(tiny.Pressures[1], 195.809524, 1e-6);
     EXPECT_NEAR(tiny.WaterRates[1], 4.190476e-6, 1e-12);
     EXPECT_NEAR(tiny.Pressures[9], 160.0, 1e-9);
     EXPECT_NEAR(tiny.WaterRates[9], 4e-5, 1e-15);
-}
 
-TEST_F(IprReads, TheLogShowsEachCallItsArraysAndItsResults) {
-    AddFourWells();
-    ASSERT_TRUE(Run()) << error_;
     const std::string log = log_.str();
     const char* pieces[] = {
         "\nset_inj_phases_for_ipr_shut_wells(int*, int, inj_phase_t*)\nint[1]\n3, "
@@ -179,8 +170,8 @@ TEST_F(IprReads, InjectorsGetTheirZeroFlowPhaseAndMaximumRatePhase) {
     }
     wells_[0].ipr.Pressures = {1.0};  // emptied, as no well has a positive maximum
     ASSERT_TRUE(Run()) << error_;
-    EXPECT_EQ(Script().LastArgs("set_inj_phases_for_ipr_shut_wells"), shut[0] + "|" + shut[1]);
-    EXPECT_EQ(Script().LastArgs("get_max_rates"), asked[0] + "|" + asked[1]);
+    EXPECT_EQ(Args("set_inj_phases_for_ipr_shut_wells"), shut[0] + "|" + shut[1]);
+    EXPECT_EQ(Args("get_max_rates"), asked[0] + "|" + asked[1]);
     // No producers, and nothing to sample: one call for the injectors and none for the BHPs.
     EXPECT_EQ(Script().CallNames(), (Names{"set_inj_phases_for_ipr_shut_wells", "get_max_rates"}));
     EXPECT_EQ(Table(0).Length(), 0u);
@@ -198,20 +189,18 @@ TEST_F(IprReads, EachFailureEndsTheReadWithItsText) {
     for (const auto& [call, nth, message] : cases) {
         Script().ClearCalls();
         Script().Fail(call, 3, "refused", nth);
-        EXPECT_FALSE(Run()) << call;
-        EXPECT_EQ(error_, message);
+        EXPECT_EQ(ErrorOf(Run(), error_), message) << call;
         EXPECT_EQ(Script().CallNames().back(), call);  // nothing after the failing call
         EXPECT_TRUE(EndsWithLine(log_.str(), error_)) << log_.str();
     }
 
-    EXPECT_FALSE(getIprTables(requester_, wells_, nullptr, &minRates_, units_, 1.0, error_));
-    EXPECT_EQ(error_, "Cannot create an ipr table with null max and/or min rates.");
+    EXPECT_EQ(ErrorOf(getIprTables(requester_, wells_, nullptr, &minRates_, units_, 1.0, error_), error_),
+              "Cannot create an ipr table with null max and/or min rates.");
 
     // At 100,000 Mscf/day the BHP of well 1 is 50 - 100 psia: the compaction stops there, after well 0,
     // leaving well 1 ten points of zero.
     Script().state.wells[1].maxBhp = 50.0;
-    EXPECT_FALSE(Run());
-    EXPECT_EQ(error_, "Failed to compact ipr table.");
+    EXPECT_EQ(ErrorOf(Run(), error_), "Failed to compact ipr table.");
     EXPECT_EQ(Table(0).Length(), 10u);
     EXPECT_EQ(Table(1).Pressures, Column(10, 0.0));
     EXPECT_EQ(Table(1).GasRates, Column(10, 0.0));
@@ -249,8 +238,8 @@ TEST_F(IprSessionReads, ReadCurrentDataEndsWithTheTablesOfConnectedWells) {
         Names(calls.end() - 6, calls.end()),
         (Names{"set_inj_phases_for_ipr_shut_wells", "get_max_rates", "get_max_rates",
                "set_number_of_ipr_points", "get_specific_rate_bhp_ipr", "get_sc_densities_of_max_rates"}));
-    EXPECT_EQ(Script().LastArgs("set_inj_phases_for_ipr_shut_wells"), "1|2");
-    EXPECT_EQ(Script().LastArgs("get_specific_rate_bhp_ipr"), "0|2");
+    EXPECT_EQ(Args("set_inj_phases_for_ipr_shut_wells"), "1|2");
+    EXPECT_EQ(Args("get_specific_rate_bhp_ipr"), "0|2");
     const IprTable& table = At(0).ipr;
     ASSERT_EQ(table.Length(), 10u);
     EXPECT_NEAR(table.Pressures[1], 190.9999, 1e-9);  // equal spacing, as well 0 above

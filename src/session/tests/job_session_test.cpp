@@ -24,8 +24,8 @@ TEST_F(LocalSession, StartsTheDispatcherOnTheFirstFreePortAndHoldsItUntilClosed)
         CWindowsJobSession session(&settings_, config_);
         ASSERT_TRUE(Start(session)) << error_;
         EXPECT_EQ(Args("create_local_dispatcher__force_ports"), config_.SimExecutable + "|(null)|15960");
-        EXPECT_TRUE(session.IsConnected());
-        EXPECT_EQ(CWindowsJobSession::PortsInUse(), std::vector<int>{15960});
+        EXPECT_EQ(std::tuple(session.IsConnected(), CWindowsJobSession::PortsInUse()),
+                  std::tuple(true, std::vector<int>{15960}));
         EXPECT_EQ(session.StartProcess(error_), 1);
         EXPECT_EQ(error_, "The current simulator process is still running. No new process was created.");
 
@@ -34,9 +34,9 @@ TEST_F(LocalSession, StartsTheDispatcherOnTheFirstFreePortAndHoldsItUntilClosed)
         ASSERT_TRUE(second.AcquirePort(15960, 15962));
         EXPECT_EQ(second.Port(), 15961);
     }
-    EXPECT_TRUE(CWindowsJobSession::PortsInUse().empty());
-    EXPECT_EQ(Calls("disconnect"), 1);
-    EXPECT_EQ(Calls("tnav_free_manager"), 1);
+    EXPECT_EQ(
+        std::tuple(CWindowsJobSession::PortsInUse().empty(), Calls("disconnect"), Calls("tnav_free_manager")),
+        std::tuple(true, 1, 1));
 }
 
 TEST_F(LocalSession, RefusesAnUnconfiguredMachineAndABadRange) {
@@ -46,31 +46,29 @@ TEST_F(LocalSession, RefusesAnUnconfiguredMachineAndABadRange) {
     EXPECT_EQ(
         error_,
         "The tNavigator configuration for a Local Machine run has not been set. No new process is created.");
-    EXPECT_FALSE(session.AcquirePort(1023, 1030));
-    EXPECT_FALSE(session.AcquirePort(2000, 1999));
+    EXPECT_FALSE(session.AcquirePort(1023, 1030) || session.AcquirePort(2000, 1999));
     EXPECT_EQ(Calls("tnav_create_manager"), 0);
 }
 
 TEST_F(LocalSession, AMissingCaseFileKeepsThePortForTheNextAttempt) {
     settings_.FileName = (dir_ / "MISSING.DATA").string();
     CWindowsJobSession session(&settings_, config_);
-    EXPECT_FALSE(Start(session));
-    EXPECT_EQ(error_, "The case file " + settings_.FileName + " does not exist.");
+    EXPECT_EQ(ErrorOf(Start(session), error_), "The case file " + settings_.FileName + " does not exist.");
     EXPECT_EQ(session.Port(), 15960);
     settings_.FileName = Touch("CASE.DATA");
     ASSERT_TRUE(Start(session)) << error_;
-    EXPECT_EQ(session.Port(), 15960);
-    EXPECT_EQ(CWindowsJobSession::PortsInUse(), std::vector<int>{15960});
+    EXPECT_EQ(std::tuple(session.Port(), CWindowsJobSession::PortsInUse()),
+              std::tuple(15960, std::vector<int>{15960}));
 }
 
 TEST_F(LocalSession, AFailedDispatcherStartFreesTheManagerAndThePort) {
     Script().Fail("create_local_dispatcher__force_ports", 12, "port taken");
     CWindowsJobSession session(&settings_, config_);
-    EXPECT_FALSE(Start(session));
-    EXPECT_EQ(error_, "Failed to start local dispatcher.\nError code: 12\nport taken");
-    EXPECT_EQ(Calls("tnav_free_manager"), 1);
-    EXPECT_FALSE(session.IsConnected());
-    EXPECT_TRUE(CWindowsJobSession::PortsInUse().empty());
+    EXPECT_EQ(ErrorOf(Start(session), error_),
+              "Failed to start local dispatcher.\nError code: 12\nport taken");
+    EXPECT_EQ(std::tuple(Calls("tnav_free_manager"), session.IsConnected(),
+                         CWindowsJobSession::PortsInUse().empty()),
+              std::tuple(1, false, true));
 }
 
 TEST_F(LocalSession, DebugDirectoryNamesBothFilesWithThePort) {
@@ -82,8 +80,7 @@ TEST_F(LocalSession, DebugDirectoryNamesBothFilesWithThePort) {
     EXPECT_EQ(Args("create_local_dispatcher__force_ports"),
               config_.SimExecutable + "|" + debugFile + "|15960");
     EXPECT_EQ(session.ApiLogPath(), config_.DebugCommsDirectory + "/DebugTNav15960_DetailedApiLog.txt");
-    EXPECT_NE(session.ApiLog(), nullptr);
-    EXPECT_TRUE(std::filesystem::exists(session.ApiLogPath()));
+    EXPECT_TRUE(session.ApiLog() != nullptr && std::filesystem::exists(session.ApiLogPath()));
 
     // Any other directory gives only the simulator's file.
     config_.DebugCommsDirectory = (dir_ / "plain").string();
@@ -132,10 +129,10 @@ TEST_F(LocalSession, VersionGateAndMaxRateDetails) {
         Sim().version = version;
         CWindowsJobSession session(&settings_, config_);
         const bool launched = StartAndLaunch(session);
-        EXPECT_EQ(launched, *error == '\0') << version;
-        EXPECT_EQ(launched ? std::string() : error_, error) << version;
-        EXPECT_EQ(Calls("stop"), launched ? 0 : 1) << version;
-        EXPECT_EQ(launched && session.GetSupportsMaxRateDetails(), details) << version;
+        EXPECT_EQ(std::tuple(launched, launched ? std::string() : error_, Calls("stop"),
+                             launched && session.GetSupportsMaxRateDetails()),
+                  std::tuple(*error == '\0', error, launched ? 0 : 1, details))
+            << version;
     }
 }
 
@@ -153,74 +150,65 @@ TEST_F(LocalSession, LaunchFailuresGiveTheirTextsAndStopTheJob) {
         Script().Fail(call, 5, "boom");
         CWindowsJobSession session(&settings_, config_);
         EXPECT_FALSE(StartAndLaunch(session)) << call;
-        EXPECT_EQ(error_, error);
-        EXPECT_EQ(Calls("stop"), stops) << call;
-        EXPECT_TRUE(session.IsConnected()) << call;  // the manager stays until the session goes
+        // The manager stays until the session goes.
+        EXPECT_EQ(std::tuple(error_, Calls("stop"), session.IsConnected()), std::tuple(error, stops, true));
     }
     Script().Reset();
     Sim().nullWellRequester = true;
     CWindowsJobSession session(&settings_, config_);
     EXPECT_FALSE(StartAndLaunch(session));
-    EXPECT_EQ(error_, "Error when creating well data requester.");
-    EXPECT_EQ(Calls("stop"), 1);
+    EXPECT_EQ(std::tuple(error_, Calls("stop")), std::tuple("Error when creating well data requester.", 1));
 }
 
 TEST_F(LocalSession, OpeningIsAwaitedTwiceBeforeItFails) {
     Script().Fail("wait_for_state", 2, "still loading");
     CWindowsJobSession session(&settings_, config_);
     ASSERT_TRUE(StartAndLaunch(session)) << error_;
-    EXPECT_EQ(Calls("wait_for_state"), 2);
-    EXPECT_EQ(Calls("state"), 1);
+    EXPECT_EQ(std::tuple(Calls("wait_for_state"), Calls("state")), std::tuple(2, 1));
 
     Script().Reset();
     Script().Fail("wait_for_state", 2, "first", 1);
     Script().Fail("wait_for_state", 2, "second", 2);
     CWindowsJobSession twice(&settings_, config_);
-    EXPECT_FALSE(StartAndLaunch(twice));
-    EXPECT_EQ(error_, "Error when waiting for job to complete opening: second.");
+    EXPECT_EQ(ErrorOf(StartAndLaunch(twice), error_),
+              "Error when waiting for job to complete opening: second.");
 
     Script().Reset();
     Script().Fail("wait_for_state", 2, "first");
     Script().Fail("state", 2, "no state");
     CWindowsJobSession unread(&settings_, config_);
-    EXPECT_FALSE(StartAndLaunch(unread));
-    EXPECT_EQ(error_, "Error when waiting for job to complete opening: first.");
+    EXPECT_EQ(ErrorOf(StartAndLaunch(unread), error_),
+              "Error when waiting for job to complete opening: first.");
 }
 
 TEST_F(LocalSession, LaunchNeedsAConnectionAndHappensOnceAndClosingStopsTheJobTwice) {
     CWindowsJobSession session(&settings_, config_);
-    EXPECT_FALSE(session.LaunchJob(error_));
-    EXPECT_EQ(error_, "The process is not running.");
+    EXPECT_EQ(ErrorOf(session.LaunchJob(error_), error_), "The process is not running.");
     ASSERT_TRUE(StartAndLaunch(session)) << error_;
-    EXPECT_FALSE(session.LaunchJob(error_));
-    EXPECT_EQ(error_, "Invalid operation: the job has already been launched.");
-    EXPECT_EQ(Calls("launch_job"), 1);
-    EXPECT_TRUE(session.IsJobRunning());
-    EXPECT_FALSE(session.HasJobEnded());
+    EXPECT_EQ(ErrorOf(session.LaunchJob(error_), error_),
+              "Invalid operation: the job has already been launched.");
+    EXPECT_EQ(std::tuple(Calls("launch_job"), session.IsJobRunning(), session.HasJobEnded()),
+              std::tuple(1, true, false));
 
     Script().ClearCalls();
     session.CloseSession();
-    EXPECT_EQ(Calls("stop"), 2);
-    EXPECT_EQ(Calls("tnav_free_job"), 1);
-    EXPECT_EQ(Calls("disconnect"), 1);
-    EXPECT_FALSE(session.IsConnected());
-    EXPECT_EQ(session.Port(), -1);
+    EXPECT_EQ(std::tuple(Calls("stop"), Calls("tnav_free_job"), Calls("disconnect"), session.IsConnected(),
+                         session.Port()),
+              std::tuple(2, 1, 1, false, -1));
 }
 
 TEST_F(LocalSession, AnEndedJobOrALostConnectionCountsAsEnded) {
     CWindowsJobSession session(&settings_, config_);
     ASSERT_TRUE(StartAndLaunch(session)) << error_;
     Sim().jobEnded = true;
-    EXPECT_FALSE(session.IsJobRunning());
-    EXPECT_TRUE(session.HasJobEnded());
+    EXPECT_EQ(std::tuple(session.IsJobRunning(), session.HasJobEnded()), std::tuple(false, true));
     Script().ClearCalls();
     EXPECT_TRUE(session.StopSimulation(error_));
     EXPECT_EQ(Calls("stop"), 0);
 
     Sim().jobEnded = false;
     Sim().connectionLost = true;
-    EXPECT_TRUE(session.HasJobEnded());
-    EXPECT_FALSE(session.IsJobRunning());
+    EXPECT_EQ(std::tuple(session.IsJobRunning(), session.HasJobEnded()), std::tuple(false, true));
 }
 
 class ClusterSession : public SessionTest {
@@ -250,8 +238,7 @@ TEST_F(ClusterSession, ChecksTheCaseBeforeConnecting) {
         settings_.HeadNodePort = port;
         settings_.FileName = file;
         CLinuxJobSession session(&settings_, config_);
-        EXPECT_EQ(session.StartProcess(error_), 1);
-        EXPECT_EQ(error_, error);
+        EXPECT_EQ((std::tuple{session.StartProcess(error_), error_}), std::tuple(1, error));
     }
     EXPECT_EQ(Calls("connect_to_dispatcher"), 0);
 }
@@ -280,8 +267,8 @@ TEST_F(ClusterSession, ARefusedConnectionKeepsTheManagerUntilTheSessionGoes) {
         CLinuxJobSession session(&settings_, config_);
         EXPECT_EQ(session.StartProcess(error_), 1);
         EXPECT_EQ(error_, "Failed to connect to linux dispatcher.\nError code: 401\nunknown user");
-        EXPECT_STREQ(session.GetHostDescription(), "");
-        EXPECT_EQ(Calls("tnav_free_manager"), 0);
+        EXPECT_EQ(std::tuple(std::string(session.GetHostDescription()), Calls("tnav_free_manager")),
+                  std::tuple("", 0));
     }
     EXPECT_EQ(Calls("tnav_free_manager"), 1);
 }

@@ -47,27 +47,26 @@ TEST_F(MaxRateDetails, DensitiesAreReadForTheMissingPhasesOfIdleProducers) {
     max_ = {{0.0, 5.0, 8.0}, {1.0, 1.0, 1.0}, {1.0, 1.0, 1.0}, {4e-5, 4e-5, 4e-5}, {10.0, 5.0, 0.0}};
 
     ASSERT_TRUE(ReadDensitiesOfMaxRates(requester_, wells_, max_, error_)) << error_;
-    EXPECT_EQ(Script().LastArgs("get_sc_densities_of_max_rates"), "0,4,4|2,1,0");
+    EXPECT_EQ(Args("get_sc_densities_of_max_rates"), "0,4,4|2,1,0");
     EXPECT_EQ(log_.str(),
               "\nget_sc_densities_of_max_rates(int*, int, phase_t*, double*)\n"
               "int[3]\n0, 4, 4, \nint=3\nphase_t[3]\n2, 1, 0, \ndouble[3]\n");
-    // The scripted answers are the PVT region's densities: water 1000, oil 800, gas 0.9.
-    const WellRateRecord& shut = wells_[0].productionRecord;
-    const WellRateRecord& stopped = wells_[4].productionRecord;
-    EXPECT_EQ(shut[WellRateRecord::kGasDensity], 0.9);
-    EXPECT_EQ(shut[WellRateRecord::kOilDensity], 700.0);  // its own is kept
-    EXPECT_EQ(stopped[WellRateRecord::kOilDensity], 800.0);
-    EXPECT_EQ(stopped[WellRateRecord::kWaterDensity], 1000.0);
-    EXPECT_EQ(wells_[3].productionRecord[WellRateRecord::kGasDensity], 0.0);
+    // The scripted answers are the PVT region's densities: water 1000, oil 800, gas 0.9. The shut well keeps
+    // its own oil density.
+    const WellRateRecord &shut = wells_[0].productionRecord, &stopped = wells_[4].productionRecord;
+    EXPECT_EQ(std::tuple(shut[WellRateRecord::kGasDensity], shut[WellRateRecord::kOilDensity],
+                         stopped[WellRateRecord::kOilDensity], stopped[WellRateRecord::kWaterDensity],
+                         wells_[3].productionRecord[WellRateRecord::kGasDensity]),
+              std::tuple(0.9, 700.0, 800.0, 1000.0, 0.0));
 
     Script().Fail("get_sc_densities_of_max_rates", 3, "no job");
     wells_[4].productionRecord[WellRateRecord::kOilDensity] = 0.0;
-    EXPECT_FALSE(ReadDensitiesOfMaxRates(requester_, wells_, max_, error_));
-    EXPECT_EQ(error_, "Error when reading production SC densities: <no job>");
+    EXPECT_EQ(ErrorOf(ReadDensitiesOfMaxRates(requester_, wells_, max_, error_), error_),
+              "Error when reading production SC densities: <no job>");
 
     Script().ClearCalls();
     EXPECT_TRUE(ReadDensitiesOfMaxRates(requester_, wells_, {}, error_));
-    EXPECT_EQ(Script().Count("get_sc_densities_of_max_rates"), 0);
+    EXPECT_EQ(Calls("get_sc_densities_of_max_rates"), 0);
 }
 
 TEST_F(MaxRateDetails, CompositionIsTheMolarMixOfGasAndOilOrTheOnePhaseThatCounts) {
@@ -87,7 +86,7 @@ TEST_F(MaxRateDetails, CompositionIsTheMolarMixOfGasAndOilOrTheOnePhaseThatCount
                                                    {TNAV_PHASE_OIL, {0.3, 0.7}}};
 
     ASSERT_TRUE(ReadComposition()) << error_;
-    EXPECT_EQ(Script().LastArgs("get_composition_of_max_rates"), "0,0,1|2,1,1");
+    EXPECT_EQ(Args("get_composition_of_max_rates"), "0,0,1|2,1,1");
     EXPECT_EQ(log_.str(),
               "\nget_composition_of_max_rates(int*, int, ipr_rate_phase_t*, double*)\n"
               "int[3]\n0, 0, 1, \nint=3\nipr_rate_phase_t[3]\n2, 1, 1, \ndouble[6]\n");
@@ -95,8 +94,8 @@ TEST_F(MaxRateDetails, CompositionIsTheMolarMixOfGasAndOilOrTheOnePhaseThatCount
     // 337.415 moles. C1 = (2049.18 * 0.9 + 337.415 * 0.2) / 2386.60.
     EXPECT_NEAR(wells_[0].composition.rateFractions[0], 0.801035, 1e-6);
     EXPECT_NEAR(wells_[0].composition.rateFractions[1], 0.198965, 1e-6);
-    EXPECT_EQ(wells_[1].composition.rateFractions, (std::vector<double>{0.3, 0.7}));
-    EXPECT_EQ(wells_[2].composition.rateFractions, (std::vector<double>{0.5, 0.5}));
+    EXPECT_EQ(std::tie(wells_[1].composition.rateFractions, wells_[2].composition.rateFractions),
+              std::tuple(std::vector<double>{0.3, 0.7}, std::vector<double>{0.5, 0.5}));
 }
 
 TEST_F(MaxRateDetails, CompositionFailures) {
@@ -114,8 +113,7 @@ TEST_F(MaxRateDetails, CompositionFailures) {
     for (const auto& [oil, text] : cases) {
         error_.clear();
         Script().state.wells[0].maxRateCompositions = {{TNAV_PHASE_GAS, {0.5, 0.5}}, {TNAV_PHASE_OIL, oil}};
-        EXPECT_FALSE(ReadComposition()) << text;
-        EXPECT_EQ(error_, text);
+        EXPECT_EQ(ErrorOf(ReadComposition(), error_), text);
     }
 }
 

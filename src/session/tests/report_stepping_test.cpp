@@ -56,12 +56,16 @@ class ReportStepping : public LaunchedSession {
         ASSERT_TRUE(Create()) << error_;
         Script().ClearCalls();
     }
+    // What a report date request or a step left: its error, or "(no error)" when it was taken.
+    std::string Request(const OleDate& date) {
+        return ErrorOf(session_->RequestReportDate(date, error_), error_);
+    }
+    std::string Step() { return ErrorOf(session_->Continue(error_), error_); }
 };
 
 TEST_F(ReportStepping, CreateReservoirReadsTheRunsDates) {
-    EXPECT_EQ(session_->StartDate(), Day(2015, 1, 1));
-    EXPECT_EQ(session_->EndDate(), Day(2016, 1, 1));
-    EXPECT_EQ(session_->CurrentDate(), Day(2015, 1, 1));
+    EXPECT_EQ(std::tuple(session_->StartDate(), session_->EndDate(), session_->CurrentDate()),
+              std::tuple(Day(2015, 1, 1), Day(2016, 1, 1), Day(2015, 1, 1)));
     EXPECT_TRUE(session_->NextReportDate().IsNull());
     const std::string log = Log();
     EXPECT_TRUE(log.starts_with("\n*** CreateReservoir ***\n")) << log;
@@ -70,39 +74,33 @@ TEST_F(ReportStepping, CreateReservoirReadsTheRunsDates) {
 }
 
 TEST_F(ReportStepping, DateReadsTellFailuresFromDatesTheSimulatorHasNot) {
+    // A schedule that is done has no next date, which is no failure; a date past the deck's end, or not
+    // after the current date, gives way to the end.
     OleDate next;
-    ASSERT_TRUE(session_->ReadNextEventDate(&next, error_));
-    EXPECT_EQ(next, Day(2015, 2, 1));
-    // A schedule that is done has no next date, which is no failure.
-    Sim().nextScheduleValid = false;
-    ASSERT_TRUE(session_->ReadNextEventDate(&next, error_));
-    EXPECT_TRUE(next.IsNull());
-    // A date past the deck's end, or not after the current date, gives way to the end.
-    Sim().nextScheduleValid = true;
-    Sim().nextSchedule = {2017, 1, 1};
-    ASSERT_TRUE(session_->ReadNextEventDate(&next, error_));
-    EXPECT_EQ(next, Day(2016, 1, 1));
-    Sim().nextSchedule = {2015, 1, 1};
-    ASSERT_TRUE(session_->ReadNextEventDate(&next, error_));
-    EXPECT_EQ(next, Day(2016, 1, 1));
+    for (const auto& [valid, stop, expected] :
+         {std::tuple{true, tnavscripted::Moment{2015, 2, 1}, Day(2015, 2, 1)},
+          std::tuple{false, tnavscripted::Moment{2015, 2, 1}, OleDate::Null()},
+          std::tuple{true, tnavscripted::Moment{2017, 1, 1}, Day(2016, 1, 1)},
+          std::tuple{true, tnavscripted::Moment{2015, 1, 1}, Day(2016, 1, 1)}}) {
+        std::tie(Sim().nextScheduleValid, Sim().nextSchedule) = std::tuple(valid, stop);
+        ASSERT_TRUE(session_->ReadNextEventDate(&next, error_));
+        EXPECT_EQ(next, expected);
+    }
 
     Script().Fail("get_time_moment", 9, "no job");
     next = Day(2000, 1, 1);
-    EXPECT_FALSE(session_->ReadNextEventDate(&next, error_));
-    EXPECT_EQ(error_, "Error when reading date: <no job>, type: <3>");
+    EXPECT_EQ(ErrorOf(session_->ReadNextEventDate(&next, error_), error_),
+              "Error when reading date: <no job>, type: <3>");
     EXPECT_EQ(next, Day(2000, 1, 1));
 }
 
 TEST_F(ReportStepping, ReportDatesOnlyMoveForwardAndStopAtTheEnd) {
-    EXPECT_FALSE(session_->RequestReportDate(OleDate::Null(), error_));
-    EXPECT_EQ(error_, "An invalid report date was requested.");
-    EXPECT_FALSE(session_->RequestReportDate(Day(2014, 12, 31), error_));
-    EXPECT_EQ(error_, "Report was requested for a date preceeding the current date.");
+    EXPECT_EQ(Request(OleDate::Null()), "An invalid report date was requested.");
+    EXPECT_EQ(Request(Day(2014, 12, 31)), "Report was requested for a date preceeding the current date.");
 
     const double base = Day(2015, 1, 1).Days();
     ASSERT_TRUE(session_->RequestReportDate(OleDate::FromDays(base + 10.5), error_));
-    EXPECT_FALSE(session_->RequestReportDate(OleDate::FromDays(base + 10.25), error_));
-    EXPECT_EQ(error_,
+    EXPECT_EQ(Request(OleDate::FromDays(base + 10.25)),
               "Report date request is out-of-order: new report date must not precede previous dates.");
     EXPECT_TRUE(session_->RequestReportDate(OleDate::FromDays(base + 10.5), error_));
 
@@ -113,8 +111,7 @@ TEST_F(ReportStepping, ReportDatesOnlyMoveForwardAndStopAtTheEnd) {
 }
 
 TEST_F(ReportStepping, ContinueRunsToTheReportDateAndWaitsForThePause) {
-    EXPECT_FALSE(session_->Continue(error_));
-    EXPECT_EQ(error_, "The simulator's next report date is not valid.");
+    EXPECT_EQ(Step(), "The simulator's next report date is not valid.");
 
     // Less than half a second ahead: the job stands there already.
     ASSERT_TRUE(session_->RequestReportDate(OleDate::FromDays(Day(2015, 1, 1).Days() + 0.4 / 86400), error_));
@@ -136,22 +133,17 @@ TEST_F(ReportStepping, ContinueRunsToTheReportDateAndWaitsForThePause) {
 TEST_F(ReportStepping, ContinueRefusesAJobThatCannotBeStepped) {
     ASSERT_TRUE(session_->RequestReportDate(Day(2015, 2, 1), error_));
     Sim().jobState = TNAV_JOB_STATE_RUNNING;
-    EXPECT_FALSE(session_->Continue(error_));
-    EXPECT_EQ(error_, "Cannot move to next step unless opening or paused");
+    EXPECT_EQ(Step(), "Cannot move to next step unless opening or paused");
     Script().Fail("state", 3, "lost");
-    EXPECT_FALSE(session_->Continue(error_));
-    EXPECT_EQ(error_, "Error when requesting current state: lost");
+    EXPECT_EQ(Step(), "Error when requesting current state: lost");
     Sim().jobState = TNAV_JOB_STATE_PAUSED;
     Script().Fail("run", 3, "refused");
-    EXPECT_FALSE(session_->Continue(error_));
-    EXPECT_EQ(error_, "Error when running to next report date: refused");
+    EXPECT_EQ(Step(), "Error when running to next report date: refused");
 
     Sim().jobEnded = true;
-    EXPECT_FALSE(session_->Continue(error_));
-    EXPECT_EQ(error_, "The simulator is not running.");
+    EXPECT_EQ(Step(), "The simulator is not running.");
     Sim().connectionLost = true;
-    EXPECT_FALSE(session_->Continue(error_));
-    EXPECT_EQ(error_, "The process is not running.");
+    EXPECT_EQ(Step(), "The process is not running.");
     EXPECT_EQ(Calls("run"), 1);
 }
 

@@ -46,41 +46,31 @@ TEST_F(WellReads, TheFirstReadKnowsEachWellAndItsResults) {
 
     const WellData& producer = At(0);
     EXPECT_EQ(producer.name, "PROD1");  // trimmed, and one pair of quotes taken off
-    EXPECT_EQ(producer.wellType, kWellProducer);
-    EXPECT_DOUBLE_EQ(producer.OilRate(), 120.0);
-    EXPECT_DOUBLE_EQ(producer.GasRate(), 9000.0);
-    EXPECT_DOUBLE_EQ(producer.Bhp(), 210.0);
-    EXPECT_DOUBLE_EQ(producer.Efficiency(), 0.9);
-    EXPECT_DOUBLE_EQ(producer.productionRecord[WellRateRecord::kCumOil], 5000.0);
-    EXPECT_DOUBLE_EQ(producer.productionRecord[WellRateRecord::kOilDensity], 820.0);
     // An isothermal model stores no temperature, and the well answers with no value.
-    EXPECT_DOUBLE_EQ(producer.productionRecord[WellRateRecord::kTemperature], 0.0);
-    EXPECT_DOUBLE_EQ(producer.Temperature(), 3.4e35);
-    EXPECT_FALSE(producer.underVaneControl);
-
+    EXPECT_EQ(std::tuple(producer.wellType, producer.OilRate(), producer.GasRate(), producer.Bhp(),
+                         producer.Efficiency(), producer.productionRecord[WellRateRecord::kCumOil],
+                         producer.productionRecord[WellRateRecord::kOilDensity],
+                         producer.productionRecord[WellRateRecord::kTemperature], producer.Temperature(),
+                         producer.underVaneControl),
+              std::tuple(kWellProducer, 120.0, 9000.0, 210.0, 0.9, 5000.0, 820.0, 0.0, 3.4e35, false));
+    // The injector's water rate comes from the injection list, not the production rate.
     const WellData& injector = At(1);
-    EXPECT_EQ(injector.wellType, kWellInjector);
-    EXPECT_TRUE(injector.underVaneControl);
-    EXPECT_EQ(injector.injectionPhase, kPhaseGas);
-    EXPECT_EQ(injector.pvtRegion, 2);
-    EXPECT_DOUBLE_EQ(injector.WaterRate(), 300.0);  // from the injection list, not the production rate
-    EXPECT_DOUBLE_EQ(injector.productionRecord[WellRateRecord::kWater], 0.0);
-
+    EXPECT_EQ(
+        std::tuple(injector.wellType, injector.underVaneControl, injector.injectionPhase, injector.pvtRegion,
+                   injector.WaterRate(), injector.productionRecord[WellRateRecord::kWater]),
+        std::tuple(kWellInjector, true, kPhaseGas, 2, 300.0, 0.0));
     // A well never opened has no type: it is read on both sides and answers with the larger value.
     const WellData& idle = At(2);
-    EXPECT_EQ(idle.wellType, kWellUndefined);
-    EXPECT_EQ(idle.status, kStatusShut);
-    EXPECT_DOUBLE_EQ(idle.OilRate(), 4.0);
-    EXPECT_DOUBLE_EQ(idle.WaterRate(), 6.0);
+    EXPECT_EQ(std::tuple(idle.wellType, idle.status, idle.OilRate(), idle.WaterRate()),
+              std::tuple(kWellUndefined, kStatusShut, 4.0, 6.0));
 
     // The requester's defaults come from the unit system. In a metric model both pressures are positive:
     // 0 psig is one atmosphere.
-    const WellRequester& requester = *session_->Wells();
-    const TNavUnitSystem& units = reservoir_->units;
-    EXPECT_NEAR(requester.defaultInjectorBhp, units.fromFieldPressure(14695900.0), 1e-6);
-    EXPECT_NEAR(requester.defaultProducerBhp, units.fromFieldPressure(0.0), 1e-9);
-    EXPECT_NEAR(requester.minLiquidRateCap, units.fromFieldLiquidRate(10.0), 1e-9);
-    EXPECT_NEAR(requester.minGasRateCap, units.fromFieldGasRate(0.0001), 1e-9);
+    const WellRequester& r = *session_->Wells();
+    const TNavUnitSystem& u = reservoir_->units;
+    EXPECT_EQ(std::tuple(r.defaultInjectorBhp, r.defaultProducerBhp, r.minLiquidRateCap, r.minGasRateCap),
+              std::tuple(u.fromFieldPressure(14695900.0), u.fromFieldPressure(0.0),
+                         u.fromFieldLiquidRate(10.0), u.fromFieldGasRate(0.0001)));
 }
 
 TEST_F(WellReads, AStatusChangeZeroesTheRecordsBeforeTheyAreReadAgain) {
@@ -88,18 +78,17 @@ TEST_F(WellReads, AStatusChangeZeroesTheRecordsBeforeTheyAreReadAgain) {
     Sim().wells[0].status = TNAV_WELL_STATUS_SHUT;
     Sim().wells[0].params.clear();
     ASSERT_TRUE(session_->ReadCurrentData(reservoir_.get(), error_)) << error_;
-    EXPECT_EQ(At(0).status, kStatusShut);
-    EXPECT_EQ(At(0).wellType, kWellProducer);  // a typed well keeps its type
-    EXPECT_DOUBLE_EQ(At(0).OilRate(), 0.0);
-    EXPECT_EQ(Script().Count("get_well_statuses"), 2);
-    EXPECT_EQ(Script().Count("get_well_params"), 4);  // one call per group and read, never per well
+    // A typed well keeps its type; one call per group and read, never per well.
+    EXPECT_EQ(std::tuple(At(0).status, At(0).wellType, At(0).OilRate(), Calls("get_well_statuses"),
+                         Calls("get_well_params")),
+              std::tuple(kStatusShut, kWellProducer, 0.0, 2, 4));
 }
 
 TEST_F(WellReads, NoInjectorsMeansNoInjectorCalls) {
     Sim().wells.erase(Sim().wells.begin() + 1, Sim().wells.end());
     ASSERT_TRUE(Create()) << error_;
-    EXPECT_EQ(Script().Count("get_well_params"), 1);
-    EXPECT_EQ(Script().LastArgs("get_well_params"), "0|0,1,2,3,8,9,10,11,16,17,19,20,21");
+    EXPECT_EQ(Calls("get_well_params"), 1);
+    EXPECT_EQ(Args("get_well_params"), "0|0,1,2,3,8,9,10,11,16,17,19,20,21");
     EXPECT_EQ(Log().find("get_well_efficiency_factors(int*, int, double*)\nint[1]"),
               Log().rfind("get_well_efficiency_factors"));
 }
@@ -107,24 +96,17 @@ TEST_F(WellReads, NoInjectorsMeansNoInjectorCalls) {
 TEST_F(WellReads, TheLogShowsBannersArraysAndResultBlocks) {
     ASSERT_TRUE(Create()) << error_;
     const std::string log = Log();
-    EXPECT_NE(log.find("\nget_math_model_type(math_model_type*)\n"), std::string::npos);
-    EXPECT_NE(log.find("\nget_well_count(int*)\n"), std::string::npos);
-    EXPECT_NE(log.find("\n*** For info: mapping of well indices to well names ***\n0    PROD1\n1    INJ1\n"
-                       "2    IDLE\n\n"),
-              std::string::npos);
-    EXPECT_NE(log.find("\nget_well_pvt_regions(int*, int, well_status_t*)\nint[3]\n0, 1, 2, \nint=3\n"
-                       "well_status_t[3]\n"),
-              std::string::npos);
     // The statuses call shows only the count, and its answers follow in a block.
-    EXPECT_NE(log.find("\nget_well_statuses(int*, int, well_status_t*)\nint=3\nwell_status_t[3]\n"
-                       "\n*** For info: results from get_well_statuses ***\nwell_status_t[3]\n1, 2, 3, \n\n"),
-              std::string::npos);
-    EXPECT_NE(
-        log.find("\nget_well_params(int*, int, well_parameter_t*, int, double*)\nint[2]\n1, 2, \nint=2\n"
-                 "well_parameter_t[10]\n4, 5, 6, 7, 12, 13, 14, 15, 16, 17, \nint=10\ndouble[20]\n"),
-        std::string::npos);
-    // Black oil reads no EOS regions.
-    EXPECT_EQ(log.find("get_well_eos_regions"), std::string::npos);
+    for (const char* piece :
+         {"\nget_math_model_type(math_model_type*)\n", "\nget_well_count(int*)\n",
+          "\n*** For info: mapping of well indices to well names ***\n0    PROD1\n1    INJ1\n2    IDLE\n\n",
+          "\nget_well_pvt_regions(int*, int, well_status_t*)\nint[3]\n0, 1, 2, \nint=3\nwell_status_t[3]\n",
+          "\nget_well_statuses(int*, int, well_status_t*)\nint=3\nwell_status_t[3]\n\n*** For info: results "
+          "from get_well_statuses ***\nwell_status_t[3]\n1, 2, 3, \n\n",
+          "\nget_well_params(int*, int, well_parameter_t*, int, double*)\nint[2]\n1, 2, \nint=2\n"
+          "well_parameter_t[10]\n4, 5, 6, 7, 12, 13, 14, 15, 16, 17, \nint=10\ndouble[20]\n"})
+        EXPECT_NE(log.find(piece), std::string::npos) << piece;
+    EXPECT_EQ(log.find("get_well_eos_regions"), std::string::npos);  // black oil reads no EOS regions
 }
 
 TEST_F(WellReads, EachFailingReadGivesItsTextInTheLog) {
@@ -140,8 +122,7 @@ TEST_F(WellReads, EachFailingReadGivesItsTextInTheLog) {
     };
     for (const auto& [call, text] : cases) {
         Script().Fail(call);
-        EXPECT_FALSE(Create()) << call;
-        EXPECT_EQ(error_, text);
+        EXPECT_EQ(ErrorOf(Create(), error_), text) << call;
         EXPECT_TRUE(EndsWithLine(Log(), error_)) << Log();
         // The new data stays with the caller, half filled.
         EXPECT_NE(reservoir_, nullptr);

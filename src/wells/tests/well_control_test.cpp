@@ -27,6 +27,11 @@ TNavUnitSystem Field() {
     return units;
 }
 
+// The text a call that was to fail left: its error, or "(no error)" when it succeeded.
+std::string ErrorOf(bool succeeded, const std::string& error) {
+    return succeeded ? "(no error)" : error;
+}
+
 WellData Well(const std::string& name, std::int32_t type, std::int32_t control = kControlUnset) {
     WellData well;
     well.name = name;
@@ -81,13 +86,12 @@ TEST_F(WellConnection, RefusalsNameTheIndexOrTheWell) {
          "The well <P1> has a producer/injector mismatch between VANE and tNavigator."},
     };
     for (const auto& [index, type, phase, message] : cases) {
-        EXPECT_FALSE(Connect(index, type, phase));
-        EXPECT_EQ(error_, message);
+        EXPECT_EQ(ErrorOf(Connect(index, type, phase), error_), message);
     }
     EXPECT_EQ(wells_[0].status, kStatusOpenInjector);
     EXPECT_TRUE(Connect(2, kNetworkProducer, 2));  // an untyped well may be a producer
-    EXPECT_FALSE(ConnectWellToVaneCtrl(wells_, nullptr, 2, kNetworkInjector, 1, error_));
-    EXPECT_EQ(error_, "The well <U1> cannot be opened as an injector: there is no simulator connection.");
+    EXPECT_EQ(ErrorOf(ConnectWellToVaneCtrl(wells_, nullptr, 2, kNetworkInjector, 1, error_), error_),
+              "The well <U1> cannot be opened as an injector: there is no simulator connection.");
 }
 
 TEST(WellControls, InjectorsWithoutControlTakeItFromTheirOnePhaseAndChangedPhasesAreListed) {
@@ -188,19 +192,19 @@ TEST_F(OperatingPoints, EachRouteWritesOnlyTheLimitsItChooses) {
     }
 
     WellData unset = Well("P2", kWellProducer);
-    EXPECT_FALSE(Set(unset, Point()));
-    EXPECT_EQ(error_, "setVaneProductionTarget(): The well <P2> has not had its Vane control set.");
+    EXPECT_EQ(ErrorOf(Set(unset, Point()), error_),
+              "setVaneProductionTarget(): The well <P2> has not had its Vane control set.");
     WellData invalid = Well("P3", kWellProducer, 8);
-    EXPECT_FALSE(Set(invalid, Point()));
-    EXPECT_EQ(error_, "setVaneProductionTarget(): The well <P3> has an invalid Vane control.");
-    EXPECT_FALSE(Set(invalid, Point(), 4));
-    EXPECT_EQ(error_, "SetOpPt(): The well <P3> has an invalid rate control type <4>.");
+    EXPECT_EQ(ErrorOf(Set(invalid, Point()), error_),
+              "setVaneProductionTarget(): The well <P3> has an invalid Vane control.");
+    EXPECT_EQ(ErrorOf(Set(invalid, Point(), 4), error_),
+              "SetOpPt(): The well <P3> has an invalid rate control type <4>.");
 
     // An open well needs at least one limit. Without a unit system every conversion of a positive rate
     // comes out negative.
     WellData water = Well("P1", kWellProducer, kControlWater);
-    EXPECT_FALSE(SetOpPtUnlocked(water, Point(), {}, TNavUnitSystem(), false, error_));
-    EXPECT_EQ(error_, "SetOpPt(): A valid rate/pressure constraint for the well <P1> was not set.");
+    EXPECT_EQ(ErrorOf(SetOpPtUnlocked(water, Point(), {}, TNavUnitSystem(), false, error_), error_),
+              "SetOpPt(): A valid rate/pressure constraint for the well <P1> was not set.");
     water.target.Bhp = 100.0;
     EXPECT_TRUE(SetOpPtUnlocked(water, Point(), {}, TNavUnitSystem(), false, error_));
 }
@@ -214,12 +218,10 @@ TEST_F(OperatingPoints, AnInjectorTakesItsOwnSinglePhaseRouteWhateverTheRateCont
     EXPECT_EQ(Of(well.target), (Limits{-1, -1, 40, -1}));
     EXPECT_EQ(std::tuple(well.target.Temperature, well.targetStatus), std::tuple(212.0, kStatusOpenInjector));
 
-    EXPECT_FALSE(SetOpPtGlr(well, point, 587.0, field_, error_));
-    EXPECT_EQ(error_,
+    EXPECT_EQ(ErrorOf(SetOpPtGlr(well, point, 587.0, field_, error_), error_),
               "The injection well <I1> was set to GLR control; only single phase control for injectors is "
               "supported.");
-    EXPECT_FALSE(SetOpPtCombined(well, point, field_, error_));
-    EXPECT_EQ(error_,
+    EXPECT_EQ(ErrorOf(SetOpPtCombined(well, point, field_, error_), error_),
               "The injection well <I1> was set to Combined control; only single phase control for "
               "injectors is supported.");
     const std::pair<int, const char*> refusals[] = {
@@ -229,8 +231,7 @@ TEST_F(OperatingPoints, AnInjectorTakesItsOwnSinglePhaseRouteWhateverTheRateCont
         {9, "setVaneInjectorTarget(): The well <I1> has an invalid Vane control."}};
     for (const auto& [control, message] : refusals) {
         well.vaneRateControl = control;
-        EXPECT_FALSE(Set(well, point));
-        EXPECT_EQ(error_, message);
+        EXPECT_EQ(ErrorOf(Set(well, point), error_), message);
     }
 }
 
@@ -252,12 +253,11 @@ TEST_F(OperatingPoints, AGasInjectorOfACompositionalModelTakesTheInjectedComposi
     EXPECT_EQ(well.composition.rateFractions, none);
 
     point.gasRate = 1.0, point.componentCount = 4;
-    EXPECT_FALSE(Set(well, point));
-    EXPECT_EQ(error_, "iHcComponentIndex 3  exceeds the HcComponentCount (3).");
+    EXPECT_EQ(ErrorOf(Set(well, point), error_), "iHcComponentIndex 3  exceeds the HcComponentCount (3).");
     const double bad[] = {0.5, 1.5, 0.0};
     point.moleFractions = bad, point.componentCount = 3;
-    EXPECT_FALSE(Set(well, point));
-    EXPECT_EQ(error_, "Mole Fraction value (1.5) must lie in the range 0.0 to 1.0 (inclusive).");
+    EXPECT_EQ(ErrorOf(Set(well, point), error_),
+              "Mole Fraction value (1.5) must lie in the range 0.0 to 1.0 (inclusive).");
 
     // The target and the composition both run: a failed target still clears the fractions.
     point.moleFractions = fractions;
@@ -317,8 +317,8 @@ TEST(IprSampleSet, RowsRunFromTheMinimumToTheCappedMaximumGasOilWater) {
     EXPECT_EQ(set.maxOil, (std::vector<double>{0.0, 250000.0}));
     EXPECT_EQ(set.maxGas.size(), 2u);
 
-    EXPECT_FALSE(set.AddRows(maxRates, PhaseRateTable(2), error));
-    EXPECT_EQ(error, "Internal error: there was a mismatch of max and min phase rates.");
+    EXPECT_EQ(ErrorOf(set.AddRows(maxRates, PhaseRateTable(2), error), error),
+              "Internal error: there was a mismatch of max and min phase rates.");
 }
 
 TEST(SetMinRates, HalfTheMaximumCappedForEveryPhaseOrTheInjectedOneOnly) {
@@ -339,10 +339,9 @@ TEST(SetMinRates, HalfTheMaximumCappedForEveryPhaseOrTheInjectedOneOnly) {
     EXPECT_EQ(minRates, expected);
 
     PhaseRateTable three(3);
-    EXPECT_FALSE(SetMinRates(wells, maxRates, three, 0.1, 10.0, error));
-    EXPECT_EQ(error, "Internal error: there was a mismatch of max and min phase rates.");
-    EXPECT_FALSE(SetMinRates(wells, three, three, 0.1, 10.0, error));
-    EXPECT_EQ(error,
+    EXPECT_EQ(ErrorOf(SetMinRates(wells, maxRates, three, 0.1, 10.0, error), error),
+              "Internal error: there was a mismatch of max and min phase rates.");
+    EXPECT_EQ(ErrorOf(SetMinRates(wells, three, three, 0.1, 10.0, error), error),
               "Internal error: there was a mismatch of max and min phase rates to the number of wells.");
     PhaseRateTable none;
     EXPECT_TRUE(SetMinRates(WellList(), none, none, 0.1, 10.0, error));
