@@ -964,6 +964,9 @@ void Dispatcher::Start() {
     service_ = std::make_unique<DispatcherService>(options_, [this] { RequestStop(); });
     grpc::ServerBuilder builder;
     builder.AddChannelArgument(GRPC_ARG_ALLOW_REUSEPORT, 0);
+    // Clients ping during long calls to learn that this process still answers; those pings are welcome.
+    builder.AddChannelArgument(GRPC_ARG_HTTP2_MIN_RECV_PING_INTERVAL_WITHOUT_DATA_MS, 100);
+    builder.AddChannelArgument(GRPC_ARG_HTTP2_MAX_PING_STRIKES, 0);
     // Idle server threads notice a shutdown within this time (gRPC's default is a second).
     builder.SetSyncServerOption(grpc::ServerBuilder::SyncServerOption::CQ_TIMEOUT_MSEC, 100);
     const std::string address = options_.bind + ":" + std::to_string(options_.port);

@@ -52,6 +52,14 @@ std::shared_ptr<grpc::Channel> makeChannel(const std::string& target) {
     args.SetInt(GRPC_ARG_INITIAL_RECONNECT_BACKOFF_MS, 100);
     args.SetInt(GRPC_ARG_MIN_RECONNECT_BACKOFF_MS, 100);
     args.SetInt(GRPC_ARG_MAX_RECONNECT_BACKOFF_MS, 500);
+    // A dispatcher that stops answering (a frozen process or host, a cut network) fails the calls under way
+    // once a transport ping goes unanswered, instead of holding them to their deadline; waits included.
+    args.SetInt(GRPC_ARG_KEEPALIVE_TIME_MS, static_cast<int>(kKeepaliveTime.count()));
+    args.SetInt(GRPC_ARG_KEEPALIVE_TIMEOUT_MS, static_cast<int>(kKeepaliveTimeout.count()));
+    args.SetInt(GRPC_ARG_KEEPALIVE_PERMIT_WITHOUT_CALLS, 0);
+    args.SetInt(GRPC_ARG_HTTP2_MAX_PINGS_WITHOUT_DATA, 0);
+    args.SetInt(GRPC_ARG_HTTP2_MIN_SENT_PING_INTERVAL_WITHOUT_DATA_MS,
+                static_cast<int>(kKeepaliveTime.count()));
     return grpc::CreateCustomChannel(target, grpc::InsecureChannelCredentials(), args);
 }
 

@@ -62,8 +62,12 @@ class Connection {
 // Creates a channel with the client's settings (fast reconnects, no message size limit).
 std::shared_ptr<grpc::Channel> makeChannel(const std::string& target);
 
-// Deadline of ordinary calls; waits have none (a dead dispatcher closes its socket and ends them).
+// Deadline of ordinary calls; waits have none. A dead dispatcher closes its socket and ends them; one that
+// no longer answers the transport's pings, sent every kKeepaliveTime during a call, ends them after a further
+// kKeepaliveTimeout.
 constexpr std::chrono::seconds kCallDeadline{120};
+constexpr std::chrono::milliseconds kKeepaliveTime{300};
+constexpr std::chrono::milliseconds kKeepaliveTimeout{900};
 
 // Turns a finished RPC into the library's error: transport failures become kTransport with the gRPC text,
 // the reply's own Error passes through.

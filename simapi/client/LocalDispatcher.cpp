@@ -11,6 +11,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <thread>
@@ -157,6 +158,22 @@ bool LocalDispatcher::running() {
     return true;
 }
 
+bool LocalDispatcher::stopped() const {
+    if (pid_ <= 0 || exited_) return false;
+    char path[40];
+    std::snprintf(path, sizeof path, "/proc/%d/stat", static_cast<int>(pid_));
+    char line[512];
+    const int fd = ::open(path, O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return false;
+    const ssize_t got = ::read(fd, line, sizeof line - 1);
+    ::close(fd);
+    if (got <= 0) return false;
+    line[got] = '\0';
+    // The state follows the command name, which is in parentheses and may itself hold them.
+    const char* close = std::strrchr(line, ')');
+    return close != nullptr && close[1] == ' ' && (close[2] == 'T' || close[2] == 't');
+}
+
 std::string LocalDispatcher::exitReport() {
     std::string report;
     if (exited_) {
@@ -197,8 +214,9 @@ void LocalDispatcher::stop(int graceMs) {
         }
         return true;
     };
-    if (!waitFor(graceMs)) {
+    if (stopped() || !waitFor(graceMs)) {
         ::kill(pid_, SIGTERM);
+        ::kill(pid_, SIGCONT);  // a stopped process acts on SIGTERM only once it runs again
         if (!waitFor(1000)) {
             ::kill(pid_, SIGKILL);
             waitFor(2000);

@@ -24,9 +24,12 @@ class LocalDispatcher {
     pid_t pid() const { return pid_; }
     // True while the child runs; reaps it once it has ended.
     bool running();
+    // True while the child is stopped by a signal (SIGSTOP, a debugger): alive, but it cannot answer.
+    bool stopped() const;
     // How the child ended, with the end of what it wrote to its error stream.
     std::string exitReport();
-    // Waits up to graceMs for the child to end by itself, then ends it with SIGTERM and SIGKILL.
+    // Waits up to graceMs for the child to end by itself (not at all when it is stopped), then ends it with
+    // SIGTERM and SIGKILL.
     void stop(int graceMs);
 
   private:

@@ -125,7 +125,7 @@ tNavigator_API_RMA_error_t Manager::connect_to_dispatcher(
 
 int Manager::is_connected() const {
     if (!connection_ || connection_->closed()) return 0;
-    if (local_ && !local_->running()) return 0;
+    if (local_ && (!local_->running() || local_->stopped())) return 0;
     tnavapi::SessionRequest request;
     request.set_session(connection_->session());
     tnavapi::StatusReply reply;
@@ -141,6 +141,8 @@ int Manager::is_connected() const {
 }
 
 void Manager::disconnect() {
+    // A stopped local dispatcher cannot hear the goodbye: it is ended below without waiting for an answer.
+    if (connection_ && !connection_->closed() && local_ && local_->stopped()) connection_->markClosed();
     if (connection_ && !connection_->closed()) {
         tnavapi::SessionRequest request;
         request.set_session(connection_->session());

@@ -212,7 +212,15 @@ bool WellRequester::ReadComponentParams(int waterCount, int hcCount, WellList& w
     if (waterCount < 0 || hcCount < 0) return false;
     const int components = waterCount + hcCount;
     const int n = wells.Size();
-    if (components < 1 || n < 1) return true;
+    if (hcCount < 1) {
+        // Only hydrocarbon components have parameters worth reading.
+        for (int k = 0; k < n; ++k) {
+            wells[k].composition.SetWaterCount(waterCount);
+            wells[k].composition.SetHcCount(hcCount);
+        }
+        return true;
+    }
+    if (n < 1) return true;
     std::vector<tNavigator_API_RMA_component_well_parameter_t> params;
     std::vector<int> indices;
     for (int p = 0; p < 4; ++p) {

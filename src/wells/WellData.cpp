@@ -26,16 +26,21 @@ bool WellRateRecord::IsDefault() const {
     return true;
 }
 
+void WellComposition::SizeParams() {
+    // Only hydrocarbon components' parameters are ever read: water components alone need no room.
+    componentParams.assign(hcCount > 0 ? static_cast<std::size_t>(hcCount + waterCount) * 4 : 0, 0.0);
+}
+
 void WellComposition::SetHcCount(std::int32_t count) {
     hcCount = std::max(count, 0);
     cumFractions.assign(static_cast<std::size_t>(hcCount), 0.0);
     rateFractions.assign(static_cast<std::size_t>(hcCount), 0.0);
-    componentParams.assign(static_cast<std::size_t>(hcCount + waterCount) * 4, 0.0);
+    SizeParams();
 }
 
 void WellComposition::SetWaterCount(std::int32_t count) {
     waterCount = std::max(count, 0);
-    componentParams.assign(static_cast<std::size_t>(hcCount + waterCount) * 4, 0.0);
+    SizeParams();
 }
 
 double WellComposition::HcParam(int block, int component) const {

@@ -73,7 +73,8 @@ struct WellRateRecord {
 };
 
 // Component data of a well. `componentParams` holds four blocks of waterCount + hcCount values (liquid
-// molar rate, gas molar rate, cumulative liquid moles, cumulative gas moles), water components first.
+// molar rate, gas molar rate, cumulative liquid moles, cumulative gas moles), water components first; it is
+// empty while there is no hydrocarbon component.
 struct WellComposition {
     std::int32_t hcCount = 0;
     std::int32_t waterCount = 0;
@@ -91,6 +92,9 @@ struct WellComposition {
     void RecomputeFractions();
     // Rate fractions as RecomputeFractions would give them, without storing them.
     std::vector<double> ComputedRateFractions() const;
+
+  private:
+    void SizeParams();
 };
 
 class WellData : public CExtDataServerObject {

@@ -141,6 +141,35 @@ TEST_F(FaultInjection, ASimulatorKilledDuringATimestepEndsTheSimulationWhateverT
     }
 }
 
+// A simulator that stops answering without ending (its process stopped) is reported as ended, during a step
+// or at the step after; Stop then ends it.
+TEST_F(FaultInjection, AStalledSimulatorEndsTheSimulation) {
+    for (const int delayUs : {1000, -1}) {
+        SCOPED_TRACE(delayUs < 0 ? "stalled between steps" : "stalled during a step");
+        StartRun();
+        if (HasFatalFailure()) return;
+        Clock::time_point began = Clock::now();
+        std::string text;
+        if (delayUs < 0) {
+            ASSERT_EQ(StepTo(first_ + 31), 0) << Message(err_);
+            Kill(pid_, SIGSTOP);
+            began = Clock::now();
+            text = StepTo(first_ + 62) == 0 ? "the step succeeded" : Message(err_);
+        } else {
+            s_killedAt = began.time_since_epoch().count();
+            std::thread staller([&, pid = pid_] {
+                std::this_thread::sleep_for(std::chrono::microseconds(delayUs));
+                Kill(pid, SIGSTOP);
+            });
+            text = StepUntilFailure(began);
+            staller.join();
+        }
+        EXPECT_TRUE(TellsOfAnEndedSimulator(text)) << text;
+        EXPECT_LT(Since(began), kBound);
+        ExpectTheModelSurvives();
+    }
+}
+
 TEST_F(FaultInjection, ASimulatorKilledBetweenCallsEndsTheSimulationAtTheNextOne) {
     StartRun();
     if (HasFatalFailure()) return;
