@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "ScratchFolder.h"
 #include "driver/ExtModel.h"
 
 using namespace rivulet;
@@ -19,21 +20,13 @@ using namespace rivulet;
 namespace {
 
 struct Folder {
-    std::string path;
-    std::string model;
+    ScratchFolder scratch{"rivulet-model-string"};
+    std::string path = scratch.Path().string();
+    std::string model = scratch / "case.cfx";
     Folder() {
-        char name[] = "/tmp/rivulet-model-string-XXXXXX";
-        if (::mkdtemp(name) == nullptr) __builtin_trap();
-        path = name;
-        model = path + "/case.cfx";
-        std::ofstream(path + "/SPE1CASE1.DATA") << "RUNSPEC\n";
+        std::ofstream(scratch / "SPE1CASE1.DATA") << "RUNSPEC\n";
         // The model never reads the user's own store.
-        ::setenv("RIVULET_REGISTRY", (path + "/registry.reg").c_str(), 1);
-    }
-    ~Folder() {
-        for (const char* file : {"/SPE1CASE1.DATA", "/registry.reg", "/registry.reg.lock"})
-            ::unlink((path + file).c_str());
-        ::rmdir(path.c_str());
+        ::setenv("RIVULET_REGISTRY", (scratch / "registry.reg").c_str(), 1);
     }
 };
 

@@ -11,6 +11,7 @@
 #include <string>
 #include <tuple>
 
+#include "ScratchFolder.h"
 #include "platform/RegFile.h"
 #include "platform/Registry.h"
 #include "session/MachineConfig.h"
@@ -20,20 +21,9 @@ using namespace rivulet;
 namespace {
 
 struct Store {
-    std::string folder;
-    std::string file;
-    Store() {
-        char name[] = "/tmp/rivulet-registry-store-XXXXXX";
-        if (::mkdtemp(name) == nullptr) __builtin_trap();
-        folder = name;
-        file = folder + "/registry.reg";
-        ::setenv("RIVULET_REGISTRY", file.c_str(), 1);
-    }
-    ~Store() {
-        ::unlink(file.c_str());
-        ::unlink((file + ".lock").c_str());
-        ::rmdir(folder.c_str());
-    }
+    ScratchFolder folder{"rivulet-registry-store"};
+    std::string file = folder / "registry.reg";
+    Store() { ::setenv("RIVULET_REGISTRY", file.c_str(), 1); }
 };
 
 const Store& TheStore() {

@@ -11,6 +11,7 @@
 #include <fstream>
 #include <string>
 
+#include "ScratchFolder.h"
 #include "host/Scenario.h"
 
 namespace fs = std::filesystem;
@@ -18,12 +19,10 @@ namespace fs = std::filesystem;
 namespace {
 
 struct Folder {
-    fs::path root;
+    ScratchFolder scratch{"rivulet-scenario"};
+    fs::path root = scratch.Path();
     fs::path file;
     Folder() {
-        char name[] = "/tmp/rivulet-scenario-XXXXXX";
-        if (::mkdtemp(name) == nullptr) __builtin_trap();
-        root = name;
         for (const char* deck : {"decks/spe1/SPE1CASE1.DATA", "decks/spe1/SPE1CASE2.DATA",
                                  "decks/spe3/SPE3CASE1.DATA", "decks/spe9/SPE9_CP.DATA"}) {
             fs::create_directories((root / deck).parent_path());
@@ -31,10 +30,6 @@ struct Folder {
         }
         fs::create_directories(root / "scenario");
         file = root / "scenario" / "coupled.toml";
-    }
-    ~Folder() {
-        std::error_code error;
-        fs::remove_all(root, error);
     }
 };
 
