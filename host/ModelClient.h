@@ -61,6 +61,8 @@ class ModelClient {
     // Opens the driver's case dialog (EditCase): 0 when it closed with OK, -1 with Cancel. `startAsked` says
     // whether the user asked from the dialog for the simulator to be started.
     std::int32_t EditCase(bool& startAsked);
+    // The plug-in's instance, for callers that send records of their own.
+    void* Instance() const { return model_; }
 
   private:
     // Sends a command; a result other than `success` throws with `operation` and the driver's text.

@@ -53,7 +53,8 @@ std::string WellRow(const WellStep& well, int nameWidth) {
         row += oil(well.asked.oil) + Format(" %*.1f %*.3f %*.1f", kColumn, well.asked.water, kColumn,
                                             well.asked.gas, kColumn, well.asked.pressure);
     }
-    row += " " + oil(well.oil) +
+    row += ' ';
+    row += oil(well.oil) +
            Format(" %*.1f %*.3f %*.1f", kColumn, well.water, kColumn, well.gas, kColumn, well.bhp);
     return row;
 }

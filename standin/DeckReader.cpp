@@ -8,8 +8,11 @@
 #include <map>
 #include <memory>
 #include <numbers>
+#include <set>
 
 #include <opm/input/eclipse/Deck/Deck.hpp>
+#include <opm/input/eclipse/Deck/DeckKeyword.hpp>
+#include <opm/input/eclipse/Deck/DeckRecord.hpp>
 #include <opm/input/eclipse/EclipseState/EclipseState.hpp>
 #include <opm/input/eclipse/EclipseState/Grid/EclipseGrid.hpp>
 #include <opm/input/eclipse/EclipseState/Grid/FieldPropsManager.hpp>
@@ -358,7 +361,12 @@ DeckModel Convert(const std::string& path, const Opm::Deck& deck, const Opm::Ecl
     model.fluids = ReadFluids(tm, regions, deck.hasKeyword("VAPOIL"));
     model.relperm = ReadRelPerm(tm);
     model.tanks = ReadTanks(es, regions, model.relperm, model.fluids);
+    model.controls.assign(model.report_dates.size(), {});
+    return model;
+}
 
+// Appends the wells of `sched` to the model, with their controls at every report step.
+void AddWells(DeckModel& model, const Opm::EclipseState& es, const Opm::Schedule& sched) {
     const auto& grid = es.getInputGrid();
     const auto& fp = es.fieldProps();
     std::vector<int> pvtnum;
@@ -367,14 +375,15 @@ DeckModel Convert(const std::string& path, const Opm::Deck& deck, const Opm::Ecl
     const std::vector<std::string> names = sched.wellNames();
     const Opm::SummaryState st(sched.getStartTime());
     const std::size_t steps = model.report_dates.size();
-    model.controls.assign(steps, std::vector<WellControls>(names.size()));
-    for (std::size_t w = 0; w < names.size(); ++w) {
+    for (auto& step : model.controls) step.resize(model.wells.size() + names.size());
+    for (std::size_t n = 0; n < names.size(); ++n) {
+        const std::size_t w = model.wells.size();
         WellData data;
-        data.name = names[w];
+        data.name = names[n];
         bool have_geometry = false;
         for (std::size_t s = 0; s < steps; ++s) {
-            if (!sched.hasWell(names[w], s)) continue;
-            const Opm::Well& well = sched.getWell(names[w], s);
+            if (!sched.hasWell(names[n], s)) continue;
+            const Opm::Well& well = sched.getWell(names[n], s);
             model.controls[s][w] = ControlsOf(well, st);
             if (have_geometry) continue;
             have_geometry = true;
@@ -405,7 +414,56 @@ DeckModel Convert(const std::string& path, const Opm::Deck& deck, const Opm::Ecl
         }
         model.wells.push_back(std::move(data));
     }
-    return model;
+}
+
+// opm-common copies a schedule's well and group lists each time it adds a well, so a schedule of N wells
+// costs N^2: one of 10,000 wells takes over a minute. The wells are therefore read in batches, each from a
+// copy of the deck whose schedule keeps only that batch's records of the keywords that name one well;
+// records naming several wells (a pattern, a well list) go to every batch, where they reach its wells.
+constexpr std::size_t kWellsPerSchedule = 128;
+
+bool NamesOneWell(const std::string& name) {
+    return !name.empty() && name.find_first_of("*?\\") == std::string::npos;  // not a pattern nor a well list
+}
+
+// The wells in the order their WELSPECS records name them first.
+std::vector<std::string> DeckWellNames(const Opm::Deck& deck) {
+    std::vector<std::string> names;
+    std::set<std::string> seen;
+    for (const Opm::DeckKeyword& keyword : deck) {
+        if (keyword.name() != "WELSPECS") continue;
+        for (const Opm::DeckRecord& record : keyword) {
+            const std::string name = record.getItem(0).getTrimmedString(0);
+            if (seen.insert(name).second) names.push_back(name);
+        }
+    }
+    return names;
+}
+
+Opm::Deck ScheduleDeck(const Opm::Deck& deck, const std::set<std::string>& batch) {
+    static const std::set<std::string> kSkipped = {"GRID", "EDIT", "PROPS", "REGIONS", "SOLUTION", "SUMMARY"};
+    Opm::Deck part;
+    part.selectActiveUnitSystem(deck.getActiveUnitSystem().getType());
+    part.setDataFile(deck.getDataFile());
+    bool skipping = false;
+    for (const Opm::DeckKeyword& keyword : deck) {
+        if (kSkipped.count(keyword.name()) != 0) skipping = true;
+        if (keyword.name() == "RUNSPEC" || keyword.name() == "SCHEDULE") skipping = false;
+        if (skipping && keyword.name() != "SCHEDULE") continue;
+        const bool perWell = keyword.size() > 0 && keyword.getRecord(0).size() > 0 &&
+                             keyword.getRecord(0).getItem(0).name() == "WELL";
+        if (!perWell) {
+            part.addKeyword(keyword);
+            continue;
+        }
+        Opm::DeckKeyword kept(keyword.location(), keyword.name());
+        for (const Opm::DeckRecord& record : keyword) {
+            const std::string name = record.getItem(0).getTrimmedString(0);
+            if (!NamesOneWell(name) || batch.count(name) != 0) kept.addRecord(Opm::DeckRecord(record));
+        }
+        if (kept.size() > 0) part.addKeyword(std::move(kept));
+    }
+    return part;
 }
 
 }  // namespace
@@ -423,9 +481,24 @@ DeckModel ReadDeck(const std::string& path) {
         Opm::Parser parser;
         const Opm::Deck deck = parser.parseFile(path, context, errors.guard);
         const Opm::EclipseState es(deck);
-        const Opm::Schedule sched(deck, es, context, errors.guard,
-                                  std::make_shared<Opm::Python>(Opm::Python::Enable::OFF));
-        DeckModel model = Convert(path, deck, es, sched);
+        const auto python = std::make_shared<Opm::Python>(Opm::Python::Enable::OFF);
+        const std::vector<std::string> names = DeckWellNames(deck);
+        DeckModel model;
+        if (names.size() <= kWellsPerSchedule) {
+            const Opm::Schedule sched(deck, es, context, errors.guard, python);
+            model = Convert(path, deck, es, sched);
+            AddWells(model, es, sched);
+        } else {
+            for (std::size_t first = 0; first < names.size(); first += kWellsPerSchedule) {
+                const std::set<std::string> batch(
+                    names.begin() + static_cast<std::ptrdiff_t>(first),
+                    names.begin() +
+                        static_cast<std::ptrdiff_t>(std::min(first + kWellsPerSchedule, names.size())));
+                const Opm::Schedule sched(ScheduleDeck(deck, batch), es, context, errors.guard, python);
+                if (first == 0) model = Convert(path, deck, es, sched);
+                AddWells(model, es, sched);
+            }
+        }
         if (deck.hasKeyword("DRSDT")) {
             const auto& record = deck["DRSDT"].back().getRecord(0);
             model.rs_can_rise = record.getItem(0).getSIDouble(0) > 0.0;

@@ -1,10 +1,34 @@
 #include "client/Connection.h"
 
+#include <atomic>
 #include <chrono>
 #include <ctime>
 #include <utility>
 
+#include "client/CallMeter.h"
+
+namespace {
+
+std::atomic<std::uint64_t> s_calls{0};
+std::atomic<std::uint64_t> s_nanoseconds{0};
+
+}  // namespace
+
+extern "C" void tnavclient_read_call_meter(tnavclient_call_meter_t* meter) {
+    if (meter == nullptr) return;
+    meter->calls = s_calls.load(std::memory_order_relaxed);
+    meter->nanoseconds = s_nanoseconds.load(std::memory_order_relaxed);
+}
+
 namespace tnavclient {
+
+MeteredCall::~MeteredCall() {
+    const auto took = std::chrono::steady_clock::now() - start_;
+    s_calls.fetch_add(1, std::memory_order_relaxed);
+    s_nanoseconds.fetch_add(
+        static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::nanoseconds>(took).count()),
+        std::memory_order_relaxed);
+}
 
 tNavigator_API_RMA_error_t makeError(int id, std::string description) {
     return tNavigator_API_RMA_error_t(id, std::move(description));

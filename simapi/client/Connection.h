@@ -9,6 +9,7 @@
 #include <mutex>
 #include <string>
 
+#include "client/CallMeter.h"
 #include "tNavigator_API_RMA.h"
 #include "tnavapi.grpc.pb.h"
 
@@ -105,7 +106,11 @@ tNavigator_API_RMA_error_t invoke(const std::shared_ptr<Connection>& connection,
     grpc::ClientContext context;
     if (!wait) context.set_deadline(std::chrono::system_clock::now() + kCallDeadline);
     if (connection->logging()) connection->log(std::string(call) + " <- " + request.ShortDebugString());
-    const grpc::Status status = (connection->stub().*method)(&context, request, &reply);
+    grpc::Status status;
+    {
+        MeteredCall metered;
+        status = (connection->stub().*method)(&context, request, &reply);
+    }
     return replyError(call, status, reply, *connection);
 }
 

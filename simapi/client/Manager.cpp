@@ -39,7 +39,11 @@ tNavigator_API_RMA_error_t Manager::connectOnce(const std::shared_ptr<Connection
     context.set_deadline(std::chrono::system_clock::now() + std::chrono::milliseconds(deadlineMs));
     context.set_wait_for_ready(waitForReady);
     connection->log("Connect <- user '" + user + "'");
-    const grpc::Status status = connection->stub().Connect(&context, request, &reply);
+    grpc::Status status;
+    {
+        MeteredCall metered;
+        status = connection->stub().Connect(&context, request, &reply);
+    }
     tNavigator_API_RMA_error_t error = replyError("Connect", status, reply, *connection);
     if (error.id() == 0) connection->setSession(reply.session());
     return error;
@@ -133,6 +137,7 @@ int Manager::is_connected() const {
     for (const auto deadline : {kPingDeadline, kSlowPingDeadline}) {
         grpc::ClientContext context;
         context.set_deadline(std::chrono::system_clock::now() + deadline);
+        MeteredCall metered;
         status = connection_->stub().Ping(&context, request, &reply);
         if (status.error_code() != grpc::StatusCode::DEADLINE_EXCEEDED) break;
     }
@@ -149,7 +154,11 @@ void Manager::disconnect() {
         tnavapi::StatusReply reply;
         grpc::ClientContext context;
         context.set_deadline(std::chrono::system_clock::now() + std::chrono::seconds(2));
-        const grpc::Status status = connection_->stub().Disconnect(&context, request, &reply);
+        grpc::Status status;
+        {
+            MeteredCall metered;
+            status = connection_->stub().Disconnect(&context, request, &reply);
+        }
         replyError("Disconnect", status, reply, *connection_);
         connection_->markClosed();
     }

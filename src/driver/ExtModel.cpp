@@ -45,8 +45,12 @@ bool CExtModel::IsConnected() const {
     return Session && Session->IsConnected();
 }
 
+bool CExtModel::SeemsConnected() const {
+    return Session && Session->SeenConnected();
+}
+
 bool CExtModel::IsRunActive() const {
-    return Session && Session->IsJobRunning() && RunInitialised;
+    return Session && Session->SeenJobRunning() && RunInitialised;
 }
 
 void CExtModel::ResetRun() {

@@ -112,9 +112,11 @@ class CExtModel : public CExtInterface {
     // There are wells and the inflow library has calculated for them.
     bool HasCalculatedIpr() const;
 
-    // The session exists and its manager reports a connection.
+    // The session exists and its manager reports a connection (asked of the simulator).
     bool IsConnected() const;
-    // The session's job is running and the run has been initialised.
+    // The session was connected when last asked; the per-well calls answer from this.
+    bool SeemsConnected() const;
+    // The session's job was running when last asked and the run has been initialised.
     bool IsRunActive() const;
 
     // Read access for the rest of the driver and for tests.
@@ -139,7 +141,7 @@ class CExtModel : public CExtInterface {
     friend struct ExtModelProbe;  // tests put the model in states that need a simulator
     using Guard = std::lock_guard<std::recursive_mutex>;
 
-    // The job session reports that its job has started.
+    // The job session's job had started when last asked.
     bool HasSessionStarted() const;
     // The field totals, "RunStartDate" and "CurrentSimTime".
     bool ProcessModelVariable(CExtDataServerTag& tag);

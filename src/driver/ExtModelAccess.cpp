@@ -32,7 +32,7 @@ constexpr FieldVariable kFieldVariables[] = {
 }  // namespace
 
 bool CExtModel::HasSessionStarted() const {
-    return Session && Session->HasJobStarted();
+    return Session && Session->SeenJobStarted();
 }
 
 bool CExtModel::ProcessModelVariable(CExtDataServerTag& tag) {

@@ -293,7 +293,7 @@ std::int32_t CExtModel::SetOpPt(_tGetSetData* data, tErrorRecord* err) {
         return 1;
     }
     Guard lock(Lock);
-    if (!IsConnected()) {
+    if (!SeemsConnected()) {
         WriteText(err, "SetOpPt() called when the simulation process is not running.");
         return 1;
     }

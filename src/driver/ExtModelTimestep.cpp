@@ -123,7 +123,7 @@ bool CExtModel::StepToNextStop(tErrorRecord* err) {
         WriteCut(err, "Error when moving to the next time-step: <" + SessionText(Session.get(), error) + ">");
         return false;
     }
-    if (RunInitialised && !IsRunActive()) {
+    if (RunInitialised && !Session->IsJobRunning()) {
         WriteText(err, CJobSession::kSimulatorEnded);
         return false;
     }

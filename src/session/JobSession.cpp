@@ -47,27 +47,38 @@ CJobSession::~CJobSession() {
 }
 
 bool CJobSession::IsConnected() const {
-    return m_pManager != nullptr && m_pManager->is_connected() != 0;
+    const bool connected = m_pManager != nullptr && m_pManager->is_connected() != 0;
+    m_seenConnected = connected;
+    if (!connected) m_seenRunning = false;
+    return connected;
 }
 
 bool CJobSession::HasJobStarted() const {
-    return IsConnected() && m_pJob != nullptr && m_pJob->is_job_started() == 1;
+    const bool started = IsConnected() && m_pJob != nullptr && m_pJob->is_job_started() == 1;
+    m_seenStarted = started;
+    return started;
 }
 
 bool CJobSession::IsJobRunning() const {
-    return HasJobStarted() && m_pJob->is_job_ended() == 0;
+    const bool running = HasJobStarted() && m_pJob->is_job_ended() == 0;
+    m_seenRunning = running;
+    return running;
 }
 
 bool CJobSession::HasJobEnded() const {
     if (!IsConnected()) return true;
     if (m_pJob == nullptr) return false;
-    return m_pJob->is_job_ended() == 1;
+    const bool ended = m_pJob->is_job_ended() == 1;
+    if (ended) m_seenRunning = false;
+    return ended;
 }
 
 bool CJobSession::IsSimulatorGone() const {
     if (m_pManager == nullptr) return false;
     if (!IsConnected()) return true;
-    return m_pJob != nullptr && m_pJob->is_job_ended() != 0;  // -1: the job did not answer
+    const bool gone = m_pJob != nullptr && m_pJob->is_job_ended() != 0;  // -1: the job did not answer
+    if (gone) m_seenRunning = false;
+    return gone;
 }
 
 bool CJobSession::CreateProcessSerialised(std::string& error) {
@@ -175,6 +186,8 @@ bool CJobSession::LaunchJob(std::string& error) {
         m_pWellRequester.reset();
         return FailLaunch(error, "Error when creating well data requester.");
     }
+    // The job has started and waits, opened, for its first step.
+    m_seenConnected = m_seenStarted = m_seenRunning = true;
     return true;
 }
 
@@ -261,6 +274,7 @@ void CJobSession::CloseSession() {
         m_pManager->disconnect();
         tNavigator_API_RMA::tnav_free_manager(m_pManager);
         m_pManager = nullptr;
+        m_seenConnected = m_seenStarted = m_seenRunning = false;
     }
 }
 

@@ -6,6 +6,7 @@
 // Every operation reports failure by returning false (StartProcess: non-zero) with a text in `error`.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <fstream>
 #include <functional>
@@ -59,6 +60,12 @@ class CJobSession {
     // The session was connected and its simulator is gone: the connection is lost, or the launched job has
     // ended or no longer answers. A closed session (no manager) is not gone: it was stopped.
     bool IsSimulatorGone() const;
+    // What the last of the calls above, or the job's launch, found, without asking the simulator again: the
+    // calls made once per well or per access string answer from this, and a simulator lost since is found
+    // by the next step's calls.
+    bool SeenConnected() const { return m_seenConnected; }
+    bool SeenJobStarted() const { return m_seenConnected && m_seenStarted; }
+    bool SeenJobRunning() const { return SeenJobStarted() && m_seenRunning; }
 
     // What the model reports for a simulator that ended or died while it held the session.
     static constexpr const char* kSimulatorEnded = "The tNavigator Simulation has ended.";
@@ -125,6 +132,10 @@ class CJobSession {
     WellParamBatches m_batches;  // made by CreateReservoir for the job's fluid kind
 
   private:
+    mutable std::atomic<bool> m_seenConnected{false};
+    mutable std::atomic<bool> m_seenStarted{false};
+    mutable std::atomic<bool> m_seenRunning{false};
+
     // The refresh of the wells' state: statuses, phases, the two batches' results and component rates.
     bool ReadWellState(ReservoirData& reservoir, std::string& error);
     // The inflow tables of the wells in the batches, with the case's spacing of rates.

@@ -21,11 +21,14 @@ class ScriptedSession : public CJobSession {
         m_pManager->create_local_dispatcher__force_ports("tnav-standin", nullptr, 15960);
         m_pManager->launch_job(tNavigator_API_RMA_start_params_t("CASE.DATA"), &m_jobId);
         m_pManager->get_job_by_id(m_jobId, m_pJob);
+        IsJobRunning();
     }
-    // A started job runs until it ends; a job that has not started is neither running nor ended.
+    // A started job runs until it ends; a job that has not started is neither running nor ended. The
+    // session looks at the job again, as a step would.
     void SetJob(bool started, bool running) {
         tnavscripted::Script().state.jobStarted = started;
         tnavscripted::Script().state.jobEnded = started && !running;
+        IsJobRunning();
     }
 
     bool ConnectDispatcher(std::string&) override { return true; }

@@ -1,0 +1,211 @@
+// Coupled steps through the plug-in's exports, as Conflux makes them, on synthetic decks of 100, 1,000 and
+// 10,000 wells run by the stand-in simulator. Each iteration is one monthly step: an operating point per well
+// (SetOpPt), the step (Timestep), an inflow table per well (GetIPR) and the results the host reads (the field
+// rows and four rows per well). The host holds one well record per well, as Conflux does.
+//
+// Counters, per step: the time of each command group; `sim_ms`, the time spent waiting in simulator calls and
+// `sim_calls`, their number, both counted by the client library; `driver_ms`, the step less that wait; and
+// `floor_ms`, the time of zeroing every well record once, measured in the same run: the least a step that
+// touches each record can cost. `open_s` is the simulator's start on the deck.
+#include <benchmark/benchmark.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "bench/SyntheticDeck.h"
+#include "client/CallMeter.h"
+#include "host/Buffer.h"
+#include "host/Commands.h"
+#include "host/MachineSetup.h"
+#include "host/ModelClient.h"
+#include "host/Plugin.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::size_t kGetSetSize = 105368;
+constexpr std::size_t kMaskFlag = 8, kOil = 16, kWater = 96, kGas = 176, kTemperature = 416;
+constexpr std::size_t kDowntime = 102360, kMaskKind = 102504;
+constexpr double kNoValue = 3.4e35;
+constexpr int kFieldRows = 6, kFirstWellRow = 12, kRowsPerWell = 14;
+constexpr int kWellRowsRead[] = {0, 1, 2, 12};  // oil, gas and water rates, BHP
+
+double Milliseconds(Clock::duration d) {
+    return std::chrono::duration<double, std::milli>(d).count();
+}
+
+fs::path ExecutableDir() {
+    return fs::read_symlink("/proc/self/exe").parent_path();
+}
+
+tnavclient_call_meter_t ReadMeter() {
+    tnavclient_call_meter_t meter{};
+    tnavclient_read_call_meter(&meter);
+    return meter;
+}
+
+// A folder of this process with the deck and the machine configuration, and the plug-in loaded after it.
+struct Workspace {
+    fs::path folder;
+    std::unique_ptr<host::Plugin> plugin;
+    Workspace() {
+        std::string name = (fs::temp_directory_path() / "rivulet-bench-XXXXXX").string();
+        if (::mkdtemp(name.data()) == nullptr) throw std::runtime_error("cannot make a scratch folder");
+        folder = name;
+        host::UsePrivateConfiguration(folder, ExecutableDir() / "tnav-standin", std::nullopt);
+        plugin = std::make_unique<host::Plugin>(
+            (ExecutableDir().parent_path() / "lib" / "librivulet.so").string());
+    }
+    ~Workspace() {
+        plugin.reset();
+        std::error_code error;
+        fs::remove_all(folder, error);
+    }
+};
+
+Workspace& TheWorkspace() {
+    static Workspace workspace;
+    return workspace;
+}
+
+class Step {
+  public:
+    Step(host::Plugin& plugin, void* model) : plugin_(plugin), model_(model) {}
+
+    // Sends one command with a record; a failure ends the benchmark with the driver's text.
+    bool Send(std::uint32_t command, void* record, std::uint32_t count = 0) {
+        host::ErrorRecord err;
+        if (plugin_.Cmd(model_, 0, command, reinterpret_cast<std::uintptr_t>(record), count, &err) == 0)
+            return true;
+        error_ = std::string("command ") + std::to_string(command) + ": " + err.text;
+        return false;
+    }
+    const std::string& Error() const { return error_; }
+
+  private:
+    host::Plugin& plugin_;
+    void* model_;
+    std::string error_;
+};
+
+void PutOperatingPoint(host::Buffer& record, std::int32_t well, bool injector) {
+    record.Put<std::int32_t>(0, static_cast<std::int32_t>(kGetSetSize));
+    record.Put<std::int32_t>(4, well);
+    record.Put<std::uint8_t>(kMaskFlag, 0);
+    record.Put<std::int32_t>(kMaskKind, 2);
+    record.Put<double>(kOil, injector ? 0.0 : 150.0);
+    record.Put<double>(kWater, 0.0);
+    record.Put<double>(kGas, injector ? 800.0 : 0.0);
+    record.Put<double>(kTemperature, kNoValue);
+    record.Put<double>(kDowntime, 0.0);
+}
+
+void BM_CoupledStep(benchmark::State& state) {
+    const int wells = static_cast<int>(state.range(0));
+    Workspace& workspace = TheWorkspace();
+    const std::string deck = bench::WriteSyntheticDeck(
+        (workspace.folder / ("SYNTH" + std::to_string(wells) + ".DATA")).string(), wells);
+
+    host::ModelClient model(*workspace.plugin);
+    model.SetVar("TNAVIGATOR.CaseDetails.IsLocalMachine", "1");
+    model.SetVar("TNAVIGATOR.CaseDetails.FileName", deck);
+    const auto openStart = Clock::now();
+    model.StartSimulator();
+    const double openSeconds = Milliseconds(Clock::now() - openStart) / 1000.0;
+
+    std::vector<host::Connection> connections;
+    std::vector<bool> injector;
+    for (const host::QueriedWell& well : model.QueryWells()) {
+        connections.push_back({well.index, well.injector,
+                               well.injector ? host::NetworkPhase::kGas : host::NetworkPhase::kLiquid});
+        injector.push_back(well.injector);
+    }
+    if (static_cast<int>(connections.size()) != wells) {
+        state.SkipWithError("the simulator did not report every well of the deck");
+        return;
+    }
+    host::CalendarDate date = model.StartDate();
+    model.Initialise(connections, date, host::CalendarDate::FromSerial(date.Serial() + 3650));
+    for (const host::Connection& well : connections) model.SetConnection(well.index, true);
+
+    std::vector<host::Buffer> records(static_cast<std::size_t>(wells), host::Buffer(kGetSetSize));
+    host::Buffer result(208), timestep(152);
+    Step step(*workspace.plugin, model.Instance());
+    double setMs = 0, timestepMs = 0, iprMs = 0, resultsMs = 0, floorMs = 0, simMs = 0;
+    std::uint64_t simCalls = 0;
+
+    for (auto _ : state) {
+        state.PauseTiming();
+        for (std::size_t k = 0; k < records.size(); ++k)
+            PutOperatingPoint(records[k], connections[k].index, injector[k]);
+        date = host::CalendarDate::FromSerial(date.Serial() + 30);
+        timestep.Put<std::int32_t>(0, 152);
+        timestep.Put<std::uint8_t>(48 + 4, 1);
+        timestep.Put<double>(48 + 8, date.Serial());
+        state.ResumeTiming();
+
+        const tnavclient_call_meter_t before = ReadMeter();
+        const auto t0 = Clock::now();
+        for (std::size_t k = 0; k < records.size(); ++k)
+            if (!step.Send(host::kSetOpPt, records[k].data()))
+                return state.SkipWithError(step.Error().c_str());
+        const auto t1 = Clock::now();
+        if (!step.Send(host::kTimestep, timestep.data())) return state.SkipWithError(step.Error().c_str());
+        const auto t2 = Clock::now();
+        for (std::size_t k = 0; k < records.size(); ++k) {
+            records[k].Put<std::int32_t>(4, connections[k].index);
+            if (!step.Send(host::kGetIpr, records[k].data()))
+                return state.SkipWithError(step.Error().c_str());
+        }
+        const auto t3 = Clock::now();
+        for (int row = 0; row < kFieldRows; ++row) {
+            result.Put<std::int32_t>(4, row);
+            step.Send(host::kNodeResult, result.data(), 1);
+        }
+        for (const host::Connection& well : connections)
+            for (int row : kWellRowsRead) {
+                result.Put<std::int32_t>(4, kFirstWellRow + kRowsPerWell * well.index + row);
+                step.Send(host::kNodeResult, result.data(), 1);
+            }
+        const auto t4 = Clock::now();
+        const tnavclient_call_meter_t after = ReadMeter();
+
+        state.PauseTiming();
+        const auto z0 = Clock::now();
+        for (host::Buffer& record : records) std::memset(record.data(), 0, record.size());
+        benchmark::ClobberMemory();
+        floorMs += Milliseconds(Clock::now() - z0);
+        state.ResumeTiming();
+
+        setMs += Milliseconds(t1 - t0);
+        timestepMs += Milliseconds(t2 - t1);
+        iprMs += Milliseconds(t3 - t2);
+        resultsMs += Milliseconds(t4 - t3);
+        simMs += static_cast<double>(after.nanoseconds - before.nanoseconds) / 1e6;
+        simCalls += after.calls - before.calls;
+    }
+    const double steps = static_cast<double>(state.iterations());
+    const double stepMs = (setMs + timestepMs + iprMs + resultsMs) / steps;
+    state.counters["set_ms"] = setMs / steps;
+    state.counters["timestep_ms"] = timestepMs / steps;
+    state.counters["ipr_ms"] = iprMs / steps;
+    state.counters["results_ms"] = resultsMs / steps;
+    state.counters["sim_ms"] = simMs / steps;
+    state.counters["sim_calls"] = static_cast<double>(simCalls) / steps;
+    state.counters["driver_ms"] = stepMs - simMs / steps;
+    state.counters["floor_ms"] = floorMs / steps;
+    state.counters["driver_per_floor"] = (stepMs - simMs / steps) / (floorMs / steps);
+    state.counters["open_s"] = openSeconds;
+    model.Stop();
+}
+BENCHMARK(BM_CoupledStep)->Arg(100)->Arg(1000)->Arg(10000)->Iterations(3)->Unit(benchmark::kMillisecond);
+
+}  // namespace
