@@ -1,15 +1,18 @@
 // Coupled steps through the plug-in's exports, as Conflux makes them, on synthetic decks of 100, 1,000 and
 // 10,000 wells run by the stand-in simulator. Each iteration is one monthly step: an operating point per well
 // (SetOpPt), the step (Timestep), an inflow table per well (GetIPR) and the results the host reads (the field
-// rows and four rows per well). The host holds one well record per well, as Conflux does.
+// rows and four rows per well). The host holds one well record per well, as Conflux does, and asks each well
+// for the middle point of its last inflow table (the deck's rates before the first).
 //
 // Counters, per step: the time of each command group; `sim_ms`, the time spent waiting in simulator calls and
 // `sim_calls`, their number, both counted by the client library; `driver_ms`, the step less that wait; and
 // `floor_ms`, the time of zeroing every well record once, measured in the same run: the least a step that
-// touches each record can cost. `open_s` is the simulator's start on the deck.
+// touches each record can cost. `open_s` is the simulator's start on the deck; `unanswered`, the result rows
+// the driver did not answer over all steps; `getvar_*_per_s`, GetVar calls per second by well key.
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
+#include <array>
 #include <chrono>
 #include <cstring>
 #include <filesystem>
@@ -33,7 +36,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kGetSetSize = 105368;
 constexpr std::size_t kMaskFlag = 8, kOil = 16, kWater = 96, kGas = 176, kTemperature = 416;
-constexpr std::size_t kDowntime = 102360, kMaskKind = 102504;
+constexpr std::size_t kPoints = 496, kDowntime = 102360, kMaskKind = 102504;
 constexpr double kNoValue = 3.4e35;
 constexpr int kFieldRows = 6, kFirstWellRow = 12, kRowsPerWell = 14;
 constexpr int kWellRowsRead[] = {0, 1, 2, 12};  // oil, gas and water rates, BHP
@@ -80,10 +83,11 @@ class Step {
   public:
     Step(host::Plugin& plugin, void* model) : plugin_(plugin), model_(model) {}
 
-    // Sends one command with a record; a failure ends the benchmark with the driver's text.
-    bool Send(std::uint32_t command, void* record, std::uint32_t count = 0) {
+    // Sends one command with a record; false, with the driver's text kept, when it does not answer
+    // `success`.
+    bool Send(std::uint32_t command, void* record, std::uint32_t count = 0, std::uint32_t success = 0) {
         host::ErrorRecord err;
-        if (plugin_.Cmd(model_, 0, command, reinterpret_cast<std::uintptr_t>(record), count, &err) == 0)
+        if (plugin_.Cmd(model_, 0, command, reinterpret_cast<std::uintptr_t>(record), count, &err) == success)
             return true;
         error_ = std::string("command ") + std::to_string(command) + ": " + err.text;
         return false;
@@ -96,16 +100,27 @@ class Step {
     std::string error_;
 };
 
-void PutOperatingPoint(host::Buffer& record, std::int32_t well, bool injector) {
+// An operating point: oil, water and gas rates, host units.
+using Point = std::array<double, 3>;
+
+void PutOperatingPoint(host::Buffer& record, std::int32_t well, const Point& point) {
     record.Put<std::int32_t>(0, static_cast<std::int32_t>(kGetSetSize));
     record.Put<std::int32_t>(4, well);
     record.Put<std::uint8_t>(kMaskFlag, 0);
     record.Put<std::int32_t>(kMaskKind, 2);
-    record.Put<double>(kOil, injector ? 0.0 : 150.0);
-    record.Put<double>(kWater, 0.0);
-    record.Put<double>(kGas, injector ? 800.0 : 0.0);
+    record.Put<double>(kOil, point[0]);
+    record.Put<double>(kWater, point[1]);
+    record.Put<double>(kGas, point[2]);
     record.Put<double>(kTemperature, kNoValue);
     record.Put<double>(kDowntime, 0.0);
+}
+
+// The point a network would choose on a well's inflow table: its middle row; `fallback` without a table.
+Point MiddleOfTable(const host::Buffer& record, const Point& fallback) {
+    const int points = record.Get<std::int32_t>(kPoints);
+    if (points < 2) return fallback;
+    const std::size_t at = 8 * static_cast<std::size_t>(points / 2);
+    return {record.Get<double>(kOil + at), record.Get<double>(kWater + at), record.Get<double>(kGas + at)};
 }
 
 void BM_CoupledStep(benchmark::State& state) {
@@ -137,15 +152,19 @@ void BM_CoupledStep(benchmark::State& state) {
     for (const host::Connection& well : connections) model.SetConnection(well.index, true);
 
     std::vector<host::Buffer> records(static_cast<std::size_t>(wells), host::Buffer(kGetSetSize));
+    // Before the first tables: the deck's own rates.
+    std::vector<Point> points;
+    for (bool isInjector : injector)
+        points.push_back(isInjector ? Point{0.0, 0.0, 1000.0} : Point{200.0, 0.0, 0.0});
     host::Buffer result(208), timestep(152);
     Step step(*workspace.plugin, model.Instance());
     double setMs = 0, timestepMs = 0, iprMs = 0, resultsMs = 0, floorMs = 0, simMs = 0;
-    std::uint64_t simCalls = 0;
+    std::uint64_t simCalls = 0, unanswered = 0, blankBhp = 0;
 
     for (auto _ : state) {
         state.PauseTiming();
         for (std::size_t k = 0; k < records.size(); ++k)
-            PutOperatingPoint(records[k], connections[k].index, injector[k]);
+            PutOperatingPoint(records[k], connections[k].index, points[k]);
         date = host::CalendarDate::FromSerial(date.Serial() + 30);
         timestep.Put<std::int32_t>(0, 152);
         timestep.Put<std::uint8_t>(48 + 4, 1);
@@ -168,17 +187,19 @@ void BM_CoupledStep(benchmark::State& state) {
         const auto t3 = Clock::now();
         for (int row = 0; row < kFieldRows; ++row) {
             result.Put<std::int32_t>(4, row);
-            step.Send(host::kNodeResult, result.data(), 1);
+            unanswered += step.Send(host::kNodeResult, result.data(), 1, 1) ? 0 : 1;
         }
         for (const host::Connection& well : connections)
             for (int row : kWellRowsRead) {
                 result.Put<std::int32_t>(4, kFirstWellRow + kRowsPerWell * well.index + row);
-                step.Send(host::kNodeResult, result.data(), 1);
+                unanswered += step.Send(host::kNodeResult, result.data(), 1, 1) ? 0 : 1;
+                if (row == kWellRowsRead[3] && result.Get<double>(96) > 3.2e35) ++blankBhp;
             }
         const auto t4 = Clock::now();
         const tnavclient_call_meter_t after = ReadMeter();
 
         state.PauseTiming();
+        for (std::size_t k = 0; k < records.size(); ++k) points[k] = MiddleOfTable(records[k], points[k]);
         const auto z0 = Clock::now();
         for (host::Buffer& record : records) std::memset(record.data(), 0, record.size());
         benchmark::ClobberMemory();
@@ -204,8 +225,34 @@ void BM_CoupledStep(benchmark::State& state) {
     state.counters["floor_ms"] = floorMs / steps;
     state.counters["driver_per_floor"] = (stepMs - simMs / steps) / (floorMs / steps);
     state.counters["open_s"] = openSeconds;
+    state.counters["unanswered"] = static_cast<double>(unanswered);  // result rows over all steps
+    state.counters["blank_bhp"] = static_cast<double>(blankBhp);     // wells without a BHP, over all steps
+
+    // Variables by well key through GetVar, every well in turn: a rate the chain finds early and an integer
+    // it tries last.
+    std::vector<std::string> names;
+    for (const host::QueriedWell& well : model.QueryWells()) names.push_back(well.name);
+    for (const char* variable : {"OilRate", "EosRegion"}) {
+        std::vector<std::string> access;
+        for (const std::string& name : names) access.push_back("TNAVIGATOR.WELL[{" + name + "}]." + variable);
+        host::Buffer record(528);
+        constexpr int kCalls = 200000;
+        const auto g0 = Clock::now();
+        for (int k = 0; k < kCalls; ++k) {
+            record.Put<const char*>(8, access[static_cast<std::size_t>(k) % access.size()].c_str());
+            if (!step.Send(host::kGetVar, record.data())) return state.SkipWithError(step.Error().c_str());
+        }
+        state.counters[std::string("getvar_") + variable + "_per_s"] =
+            kCalls / std::chrono::duration<double>(Clock::now() - g0).count();
+    }
     model.Stop();
 }
-BENCHMARK(BM_CoupledStep)->Arg(100)->Arg(1000)->Arg(10000)->Iterations(3)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_CoupledStep)
+    ->Arg(10)
+    ->Arg(100)
+    ->Arg(1000)
+    ->Arg(10000)
+    ->Iterations(3)
+    ->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -226,14 +226,19 @@ std::string_view CExtDataServerTag::TokenAt(const char* stops, std::size_t* toke
 
 bool CExtDataServerTag::MatchName(const char* name) {
     if (name == nullptr) return false;
-    std::size_t end = 0;
-    const std::string_view token = TokenAt("(.[", &end);
+    if (nameAt_ != position_) {
+        const std::string_view token = TokenAt("(.[", &nameEnd_);
+        nameStart_ = static_cast<std::size_t>(token.data() - text_.data());
+        nameLength_ = token.size();
+        nameAt_ = position_;
+    }
     const bool declaredReadOnly = name[0] == '$';
     const char* declared = declaredReadOnly ? name + 1 : name;
     // Compared in place: every object tries its names in turn, and most do not match.
-    if (std::strlen(declared) != token.size() || strncasecmp(token.data(), declared, token.size()) != 0)
+    if (std::strlen(declared) != nameLength_ ||
+        strncasecmp(text_.data() + nameStart_, declared, nameLength_) != 0)
         return false;
-    position_ = end;
+    position_ = nameEnd_;
     if (declaredReadOnly) readOnly_ = true;
     return true;
 }

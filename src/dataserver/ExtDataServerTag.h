@@ -98,6 +98,12 @@ class CExtDataServerTag {
 
     std::string text_;
     std::size_t position_ = 0;
+    // The name token at position_ as MatchName reads it, found once per position: an object tries its
+    // names against the same token one after another.
+    std::size_t nameAt_ = std::string::npos;
+    std::size_t nameStart_ = 0;
+    std::size_t nameLength_ = 0;
+    std::size_t nameEnd_ = 0;
     Mode mode_;
     bool readOnly_ = false;
     std::string error_;
