@@ -6,8 +6,10 @@
 #include <cstdlib>
 #include <fstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
+#include "bench/SyntheticDeck.h"
 #include "standin/DeckReader.h"
 #include "standin/RunReport.h"
 #include "standin/StandinReservoir.h"
@@ -36,6 +38,37 @@ TEST(DeckReader, ReadsSpe1TankNamesAMissingDeckAndRejectsANonDeck) {
     EXPECT_THAT([] { ReadDeck("/no/such/CASE.DATA"); },
                 ThrowsMessage<DeckError>("Case file /no/such/CASE.DATA not found"));
     EXPECT_THROW(ReadDeck(kDecks + "/spe1/SOURCE.txt"), DeckError);
+}
+
+// Decks of many wells are read in batches of wells: every well keeps its place, its column and its controls,
+// and a record naming wells by pattern reaches the wells of every batch.
+TEST(DeckReader, ReadsEveryWellOfALargeDeckInOrder) {
+    constexpr int kWells = 300;
+    std::string deck = bench::SyntheticDeck(kWells);
+    const std::string firstStep = "/\nTSTEP\n";
+    deck.replace(deck.find(firstStep), firstStep.size(), "/\nTSTEP\n31 /\nWELOPEN\n 'I*' 'SHUT' /\n/\nTSTEP\n");
+    const std::string path = ::testing::TempDir() + "/LARGE.DATA";
+    std::ofstream(path) << deck;
+    const DeckModel m = ReadDeck(path);
+
+    ASSERT_EQ(m.wells.size(), static_cast<std::size_t>(kWells));
+    for (int k = 0; k < kWells; ++k) {
+        SCOPED_TRACE(k);
+        const WellData& well = m.wells[static_cast<std::size_t>(k)];
+        EXPECT_EQ(well.name, bench::SyntheticWellName(k));
+        ASSERT_EQ(well.connections.size(), 1u);
+        EXPECT_EQ(well.connections[0].i, k);
+        const WellControls& first = m.controls.front()[static_cast<std::size_t>(k)];
+        const WellControls& later = m.controls.back()[static_cast<std::size_t>(k)];
+        if (bench::IsSyntheticInjector(k)) {
+            EXPECT_EQ(std::tuple(first.type, first.injected, first.status),
+                      std::tuple(WellType::kInjector, Phase::kGas, WellStatus::kOpen));
+            EXPECT_EQ(later.status, WellStatus::kShut);
+        } else {
+            EXPECT_EQ(std::tuple(first.type, first.mode, later.status),
+                      std::tuple(WellType::kProducer, ControlMode::kOrat, WellStatus::kOpen));
+        }
+    }
 }
 
 struct Row {

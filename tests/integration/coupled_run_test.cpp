@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "StandinFixture.h"
+#include "client/CallMeter.h"
 
 namespace rivulet::it {
 namespace {
@@ -23,6 +24,13 @@ class CoupledRun : public StandinTest {
   protected:
     double Field(const std::string& name) { return std::stod(Get("TNAVIGATOR.Field." + name)); }
 };
+
+// The calls to the simulator made so far by the client library, which the plug-in shares with this program.
+std::uint64_t SimulatorCalls() {
+    tnavclient_call_meter_t meter{};
+    tnavclient_read_call_meter(&meter);
+    return meter.calls;
+}
 
 // Within the six significant digits of an access string's value.
 void ExpectClose(double actual, double expected, const std::string& what) {
@@ -75,6 +83,24 @@ TEST_F(CoupledRun, Spe9StepsToTheDecksEndWithFieldTotalsOfItsWells) {
         }
         ExpectClose(Field("OilProductionRate"), oil, when + " sum of the wells' oil rates");
     }
+    // Between steps the host's calls per well answer from what the step read: no simulator call.
+    const std::uint64_t before = SimulatorCalls();
+    host::Buffer record(105368), result(208), variable(528);
+    for (std::int32_t well = 0; well < static_cast<std::int32_t>(wells.size()); ++well) {
+        record.Put<std::int32_t>(4, well);
+        EXPECT_EQ(Cmd(50, record.Address()), 0) << Message(err_);
+        result.Put<std::int32_t>(4, 12 + 14 * well + 12);
+        EXPECT_EQ(Cmd(58, result.Address(), 1), 1);
+        const std::string access =
+            "TNAVIGATOR.WELL[{" + wells[static_cast<std::size_t>(well)].first + "}].Bhp";
+        variable.Put<std::uint64_t>(8, Arg(access.c_str()));
+        EXPECT_EQ(Cmd(96, variable.Address()), 0) << Message(err_);
+    }
+    for (std::int32_t producer : producers) {
+        record.Put<std::int32_t>(4, producer);
+        EXPECT_EQ(Cmd(53, record.Address()), 0) << Message(err_);
+    }
+    EXPECT_EQ(SimulatorCalls(), before);
     // The job is never asked to run on to the deck's end date, so a step there cannot arrive.
     EXPECT_EQ(StepTo(first + reference.back().at("DAYS")), 1);
     EXPECT_EQ(Message(err_), "Timestep() inner loop failed to increment the current time.");
