@@ -14,6 +14,7 @@
 
 #include <array>
 #include <chrono>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <memory>
@@ -215,6 +216,7 @@ void BM_CoupledStep(benchmark::State& state) {
     }
     const double steps = static_cast<double>(state.iterations());
     const double stepMs = (setMs + timestepMs + iprMs + resultsMs) / steps;
+    state.counters["step_ms"] = stepMs;
     state.counters["set_ms"] = setMs / steps;
     state.counters["timestep_ms"] = timestepMs / steps;
     state.counters["ipr_ms"] = iprMs / steps;
@@ -248,11 +250,62 @@ void BM_CoupledStep(benchmark::State& state) {
     model.Stop();
 }
 BENCHMARK(BM_CoupledStep)
-    ->Arg(10)
     ->Arg(100)
     ->Arg(1000)
     ->Arg(10000)
     ->Iterations(3)
     ->Unit(benchmark::kMillisecond);
 
+// Prints the usual console report, then one table of every size's figures and the step's growth from the
+// smallest size to the largest, for the README.
+class TableReporter : public benchmark::ConsoleReporter {
+  public:
+    void ReportRuns(const std::vector<Run>& runs) override {
+        ConsoleReporter::ReportRuns(runs);
+        for (const Run& run : runs)
+            if (!run.error_occurred) runs_.push_back(run);
+    }
+    void Finalize() override {
+        ConsoleReporter::Finalize();
+        if (runs_.empty()) return;
+        auto& out = GetOutputStream();
+        const auto c = [](const Run& run, const char* name) {
+            const auto found = run.counters.find(name);
+            return found == run.counters.end() ? 0.0 : static_cast<double>(found->second);
+        };
+        out << "\n| wells | step | SetOpPt | Timestep (simulator) | GetIPR | results | driver | floor | driver / floor"
+               " | simulator calls | deck open | GetVar by key |\n"
+               "|---|---|---|---|---|---|---|---|---|---|---|---|\n";
+        char line[512];
+        for (const Run& run : runs_) {
+            std::snprintf(line, sizeof line,
+                          "| %s | %.1f ms | %.2f ms | %.1f ms (%.1f ms) | %.1f ms | %.2f ms | %.1f ms | %.1f ms | %.2f"
+                          " | %.0f | %.2f s | %.2f M/s |\n",
+                          run.run_name.args.c_str(), c(run, "step_ms"), c(run, "set_ms"),
+                          c(run, "timestep_ms"), c(run, "sim_ms"), c(run, "ipr_ms"), c(run, "results_ms"),
+                          c(run, "driver_ms"), c(run, "floor_ms"), c(run, "driver_per_floor"), c(run, "sim_calls"),
+                          c(run, "open_s"), c(run, "getvar_OilRate_per_s") / 1e6);
+            out << line;
+        }
+        for (std::size_t k = 1; k < runs_.size(); ++k) {
+            std::snprintf(line, sizeof line, "%sstep growth from %s to %s: %.1f-fold\n", k == 1 ? "\n" : "",
+                          runs_[k - 1].run_name.args.c_str(), runs_[k].run_name.args.c_str(),
+                          c(runs_[k], "step_ms") / c(runs_[k - 1], "step_ms"));
+            out << line;
+        }
+    }
+
+  private:
+    std::vector<Run> runs_;
+};
+
 }  // namespace
+
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+    TableReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    benchmark::Shutdown();
+    return 0;
+}

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "common/FormatText.h"
 #include "driver/ErrorRecord.h"
 #include "driver/ExtModel.h"
 #include "wells/WellControl.h"
@@ -65,8 +66,8 @@ constexpr WellRow kWellTable[kWellRows] = {
 
 void WriteRow(tExtraNodeResult* result, const ResultRow& row, double value) {
     result->iVariableCode = row.code;
-    std::snprintf(result->szName, sizeof(result->szName), "%s", row.name);
-    std::snprintf(result->szUnit, sizeof(result->szUnit), "%s", row.unit);
+    CopyText(result->szName, sizeof(result->szName), row.name);
+    CopyText(result->szUnit, sizeof(result->szUnit), row.unit);
     result->dValue = value;
     result->iZero = 0;
 }
@@ -118,7 +119,7 @@ std::int32_t CExtModel::getExtraNodeFieldResult(tExtraNodeResult* result, tError
         t[kWaterProductionTotal], t[kWaterProductionTotal] + t[kOilProductionTotal],
         t[kGasInjectionTotal],    t[kWaterInjectionTotal],
     };
-    std::snprintf(result->szNodeName, sizeof(result->szNodeName), "Field");
+    CopyText(result->szNodeName, sizeof(result->szNodeName), "Field");
     // Totals mean nothing before the first completed step.
     WriteRow(result, kFieldTable[index], StepCount > 0 ? values[index] : kNoValue);
     return 1;
@@ -138,7 +139,7 @@ std::int32_t CExtModel::getExtraNodeWellResult(tExtraNodeResult* result, tErrorR
         WriteFormat(err, "Error in getExtraNodeWellResult(): unexpected variable index <%d>.", row);
         return 0;
     }
-    std::snprintf(result->szNodeName, sizeof(result->szNodeName), "%s", well->name.c_str());
+    CopyText(result->szNodeName, sizeof(result->szNodeName), well->name.c_str());
 
     const TNavUnitSystem& units = Reservoir->units;
     const bool done = StepCount > 0;
